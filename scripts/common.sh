@@ -1,0 +1,31 @@
+# Shared by the scripts beside it: where things are, and how missing packages get installed. To be sourced.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+# Installs those of the named Debian packages that are missing. Needs root only if one is.
+install_packages() {
+    local package missing=()
+    for package in "$@"; do
+        if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)" != installed ]; then
+            missing+=("$package")
+        fi
+    done
+    if [ ${#missing[@]} -gt 0 ]; then
+        echo "Installing ${missing[*]}"
+        apt-get -qq update
+        DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
+    fi
+}
+
+build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev)
+test_packages=(libgtest-dev libgmock-dev)
+
+# Configures (if needed) and builds one folder: build FOLDER [cmake options].
+build() {
+    local folder=$1
+    shift
+    cmake -S "$root" -B "$root/$folder" -G Ninja "$@" >/dev/null
+    cmake --build "$root/$folder"
+}

@@ -1,0 +1,18 @@
+// The bridge from the reader to the meshes of a node.
+#pragma once
+
+#include "reader/Handles.h"
+#include "tool/ModelImporter.h"
+
+// The distance, in every one of a vertex's eight floats, below which vertices are one.
+constexpr float WeldTolerance = 1e-5f;
+
+// Gathers the images and faces of one list of entities and appends their meshes to the node, in
+// ascending order of material: per material one batch, welded, and cut where it exceeds the size of a
+// mesh. What was gathered before a failed texture is batched all the same.
+void ImportGeometry(ModelImporter& importer, EntitiesHandle entities, SceneNode& node,
+                    int32_t inheritedIndex);
+
+// Sorts by material, keeping the order among polygons of one material, and appends the meshes to the
+// node.
+void AddPolygons(SceneNode& node, PolygonList& polygons);

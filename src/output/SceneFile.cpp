@@ -1,0 +1,87 @@
+// The scene file writer.
+#include "output/SceneFile.h"
+
+#include "output/SceneRecords.h"
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <cassert>
+#include <string>
+
+namespace {
+
+template <class Record> bool WriteRecord(OutputFile& file, const Record& record) {
+    return file.Write(&record, sizeof record);
+}
+
+template <class Element> bool WriteArray(OutputFile& file, const std::vector<Element>& elements) {
+    return file.Write(elements.data(), static_cast<uint32_t>(elements.size() * sizeof(Element)));
+}
+
+uint32_t LengthWithNul(const std::u16string& text) {
+    return static_cast<uint32_t>(text.size() + 1);
+}
+
+bool WriteText(OutputFile& file, const std::u16string& text) {
+    return file.Write(text.c_str(), LengthWithNul(text) * static_cast<uint32_t>(sizeof(char16_t)));
+}
+
+float ColorPart(uint32_t color, int shift) {
+    return static_cast<float>((color >> shift) & 0xFF) / 255.0f;
+}
+
+MaterialRecord MakeMaterialRecord(const MaterialEntry& entry) {
+    // A textured material is stored white: readers multiply the picture by the colour.
+    const uint32_t color = entry.RelativePath.empty() ? entry.Color : entry.Color | 0x00FFFFFF;
+    MaterialRecord record;
+    record.NameLength = LengthWithNul(entry.Name);
+    record.TexturePathLength = LengthWithNul(entry.RelativePath);
+    record.Red = ColorPart(color, 16);
+    record.Green = ColorPart(color, 8);
+    record.Blue = ColorPart(color, 0);
+    record.Alpha = ColorPart(color, 24);
+    return record;
+}
+
+// Puts the name into its field, cut to the field less the NUL. The cut goes by UTF-16 units, which are
+// characters of a single-byte code page.
+void SetNodeName(NodeRecord& record, const std::u16string& name) {
+    const std::u16string_view units = std::u16string_view(name).substr(0, NodeNameSize - 1);
+    const std::string bytes = AnsiFromUtf16(units);
+    std::copy_n(bytes.begin(), std::min(bytes.size(), units.size()), record.Name);
+}
+
+} // namespace
+
+bool WriteMesh(const SceneMesh& mesh, OutputFile& file, const MaterialTable& materials) {
+    assert(mesh.MaterialIndex >= 0 && static_cast<size_t>(mesh.MaterialIndex) < materials.size());
+    MeshRecord record;
+    record.VertexCount = static_cast<int32_t>(mesh.Vertices.size());
+    record.TriangleCount = static_cast<int32_t>(mesh.Indices.size()) / 3;
+    const MaterialEntry& entry = materials[static_cast<size_t>(mesh.MaterialIndex)];
+    return WriteRecord(file, record) && WriteRecord(file, MakeMaterialRecord(entry)) &&
+           WriteText(file, entry.Name) && WriteText(file, entry.RelativePath) &&
+           WriteArray(file, mesh.Vertices) &&
+           WriteArray(file, std::vector<uint32_t>(mesh.Vertices.size())) &&
+           WriteArray(file, mesh.Indices);
+}
+
+bool WriteNode(const SceneNode& node, OutputFile& file, const MaterialTable& materials) {
+    NodeRecord record;
+    SetNodeName(record, node.Name);
+    record.Matrix = node.Matrix;
+    record.MeshCount = static_cast<int32_t>(node.Meshes.Elements.size());
+    record.ChildCount = static_cast<int32_t>(node.Children.Elements.size());
+    return WriteRecord(file, record) &&
+           std::ranges::all_of(
+               node.Meshes.Elements,
+               [&](const SceneMesh* mesh) { return WriteMesh(*mesh, file, materials); }) &&
+           std::ranges::all_of(node.Children.Elements, [&](const SceneNode* child) {
+               return WriteNode(*child, file, materials);
+           });
+}
+
+bool WriteScene(OutputFile& file, const SceneNode& root, const MaterialTable& materials) {
+    // Without the flush a full disk would show only when the file is closed, where nobody looks.
+    return WriteRecord(file, FileHeader()) && WriteNode(root, file, materials) && file.Flush();
+}

@@ -1,0 +1,27 @@
+// main on POSIX: the arguments are taken as UTF-8 whatever the locale.
+#include "platform/Main.h"
+#include "platform/Platform.h"
+
+#include <csignal>
+#include <fcntl.h>
+
+// Standard streams that the caller closed are opened on nothing. Otherwise the next file opened would
+// take the place of standard output and get its lines.
+static void FillStandardStreams() {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1 && open("/dev/null", O_RDWR) == -1) {
+            return;
+        }
+    }
+}
+
+int main(int argc, char** argv) {
+    FillStandardStreams();
+    // A reader of standard output that goes away must not end a run: the write then just fails.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::vector<std::u16string> arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.push_back(Utf16FromUtf8(argv[i]));
+    }
+    return Main(arguments);
+}

@@ -1,0 +1,40 @@
+// What differs between systems: files, directories, code pages and standard output.
+//
+// Paths come as UTF-16 in the form that the user gave them. On POSIX a backslash is a separator as well
+// as a slash, a leading drive letter is dropped, and names are UTF-8. On Windows paths go to the system
+// as they are.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+// File attributes as FileAttributes gives them: all bits set for a path that can't be examined.
+constexpr uint32_t InvalidAttributes = 0xFFFFFFFF;
+constexpr uint32_t DirectoryAttribute = 0x10;
+
+// Opens a file without any translation of bytes: for writing, new or cut to nothing, or for reading.
+// Gives null on failure. The caller closes the stream.
+std::FILE* OpenForWriting(const std::u16string& path);
+std::FILE* OpenForReading(const std::u16string& path);
+
+// DirectoryAttribute for a directory, 0 for anything else that exists, or InvalidAttributes.
+uint32_t FileAttributes(const std::u16string& path);
+
+// Creates one directory; a path with closing separators is accepted. Gives false on failure, also where
+// something stands there already.
+bool CreateOneDirectory(const std::u16string& path);
+
+// UTF-16 to UTF-8. Each unpaired surrogate becomes U+FFFD.
+std::string Utf8FromUtf16(std::u16string_view text);
+
+// UTF-8 to UTF-16. Each maximal invalid sequence becomes U+FFFD.
+std::u16string Utf16FromUtf8(std::string_view text);
+
+// UTF-16 to the system's ANSI code page: Windows-1252 on POSIX, with one "?" for each UTF-16 unit that
+// the page lacks.
+std::string AnsiFromUtf16(std::u16string_view text);
+
+// Prints text to standard output at once: UTF-8 on POSIX whatever the locale. A failure is ignored.
+void PrintToStandardOutput(std::u16string_view text);

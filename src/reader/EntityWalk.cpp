@@ -1,0 +1,133 @@
+// The entity walk: groups and component instances, depth first.
+#include "reader/EntityWalk.h"
+
+#include "mesh/ImportGeometry.h"
+#include "reader/LibraryReading.h"
+
+namespace {
+
+// The row of the element's own material, if it has one that the table knows, else the inherited row.
+int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle element,
+                             int32_t inheritedIndex) {
+    MaterialHandle material = {};
+    if (IsNull(element) || SUDrawingElementGetMaterial(element, &material) != 0) {
+        return inheritedIndex;
+    }
+    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    return row >= 0 ? row : inheritedIndex;
+}
+
+// Adds the transform node of a group or an instance to the parent, and the content beneath it.
+void AddChildNode(ModelImporter& importer, EntitiesHandle entities, DrawingElementHandle element,
+                  SceneNode& parent, std::u16string name, int32_t inheritedIndex,
+                  const Matrix4& matrix) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    const int32_t index = SubtreeMaterialIndex(importer, element, inheritedIndex);
+    SceneNode& transformNode = parent.Children.Append(std::make_unique<SceneNode>(u""));
+    transformNode.Matrix = matrix;
+    std::unique_ptr<SceneNode> content = ImportEntities(importer, entities, std::move(name), index);
+    if (content != nullptr) {
+        transformNode.Children.Append(std::move(content));
+    }
+}
+
+void ImportGroups(ModelImporter& importer, EntitiesHandle entities, SceneNode& parent,
+                  int32_t inheritedIndex) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    for (const GroupHandle group :
+         ReadList(entities, SUEntitiesGetNumGroups, SUEntitiesGetGroups, ReturnedCount::MustMatch)) {
+        if (IsNull(group)) {
+            continue;
+        }
+        const DrawingElementHandle element = SUGroupToDrawingElement(group);
+        if (IsExcludedByLayer(element)) {
+            continue;
+        }
+        std::u16string name = ReadText(group, SUGroupGetName);
+        double transform[TransformValues] = {};
+        if (SUGroupGetTransform(group, transform) != 0) {
+            return;
+        }
+        EntitiesHandle content = {};
+        if (SUGroupGetEntities(group, &content) != 0) {
+            continue;
+        }
+        AddChildNode(importer, content, element, parent, std::move(name), inheritedIndex,
+                     ConvertTransform(transform));
+    }
+}
+
+void ImportInstances(ModelImporter& importer, EntitiesHandle entities, SceneNode& parent,
+                     int32_t inheritedIndex) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    for (const ComponentInstanceHandle instance : ReadList(
+             entities, SUEntitiesGetNumInstances, SUEntitiesGetInstances, ReturnedCount::MustMatch)) {
+        if (IsNull(instance)) {
+            continue;
+        }
+        const DrawingElementHandle element = SUComponentInstanceToDrawingElement(instance);
+        if (IsExcludedByLayer(element)) {
+            continue;
+        }
+        ComponentDefinitionHandle definition = {};
+        if (SUComponentInstanceGetDefinition(instance, &definition) != 0 || IsNull(definition)) {
+            continue;
+        }
+        EntitiesHandle content = {};
+        if (SUComponentDefinitionGetEntities(definition, &content) != 0 || IsNull(content)) {
+            continue;
+        }
+        double transform[TransformValues] = {};
+        if (SUComponentInstanceGetTransform(instance, transform) != 0) {
+            return;
+        }
+        AddChildNode(importer, content, element, parent, {}, inheritedIndex,
+                     ConvertTransform(transform));
+    }
+}
+
+} // namespace
+
+std::unique_ptr<SceneNode> ImportEntities(ModelImporter& importer, EntitiesHandle entities,
+                                          std::u16string name, int32_t inheritedIndex) {
+    if (importer.ImportStatus != StatusOk) {
+        return nullptr;
+    }
+    auto node = std::make_unique<SceneNode>(std::move(name));
+    ImportGeometry(importer, entities, *node, inheritedIndex);
+    ImportGroups(importer, entities, *node, inheritedIndex);
+    ImportInstances(importer, entities, *node, inheritedIndex);
+    return node;
+}
+
+Matrix4 ConvertTransform(const double transform[TransformValues]) {
+    // Where each element comes from: rows 1 and 2 exchanged, and columns 1 and 2 of the first three.
+    constexpr int source[TransformValues] = {0, 2, 1, 3, 8, 10, 9, 7, 4, 6, 5, 11, 12, 14, 13, 15};
+    Matrix4 matrix;
+    for (int i = 0; i < TransformValues; ++i) {
+        matrix.M[i] = static_cast<float>(transform[source[i]]);
+    }
+    return matrix;
+}
+
+bool IsExcludedByLayer(DrawingElementHandle element) {
+    if (IsNull(element)) {
+        return false;
+    }
+    uint8_t hidden = 0;
+    if (SUDrawingElementGetHidden(element, &hidden) != 0 || hidden != 0) {
+        return false;
+    }
+    LayerHandle layer = {};
+    if (SUDrawingElementGetLayer(element, &layer) != 0) {
+        return false;
+    }
+    uint8_t visible = 1;
+    return SULayerGetVisibility(layer, &visible) == 0 && visible == 0;
+}

@@ -1,0 +1,257 @@
+// Face extraction.
+#include "reader/Faces.h"
+
+#include "reader/EntityWalk.h"
+#include "reader/LibraryReading.h"
+#include "reader/Textures.h"
+
+#include <cmath>
+#include <optional>
+
+namespace {
+
+using Triple = double[3];
+
+// What a side shows, before its row is looked up.
+struct SideMaterial {
+    MaterialHandle Material = {};
+    bool Inherited = false; // taken over: only then the texture's scale applies
+};
+
+// What the mesh helper tells of one side, in scene axes: positions, normals of the side, and texture
+// coordinates after division and scaling.
+struct SideMesh {
+    struct Corner {
+        double Position[3];
+        double Normal[3];
+        double S;
+        double T;
+    };
+    std::vector<Corner> Corners;
+    std::vector<uint64_t> Indices; // three per triangle; the low 32 bits count
+};
+
+SideMaterial FrontMaterial(FaceHandle face, MaterialHandle inherited) {
+    MaterialHandle material = {};
+    if (SUFaceGetFrontMaterial(face, &material) == 0 && !IsNull(material)) {
+        return {.Material = material, .Inherited = false};
+    }
+    return {.Material = inherited, .Inherited = true};
+}
+
+// Outside of painted groups and instances an unpainted back shows what the front shows.
+SideMaterial BackMaterial(FaceHandle face, MaterialHandle inherited, int32_t inheritedIndex,
+                          const SideMaterial& front) {
+    MaterialHandle material = {};
+    if (SUFaceGetBackMaterial(face, &material) == 0 && !IsNull(material)) {
+        return {.Material = material, .Inherited = false};
+    }
+    return {.Material = inheritedIndex > DefaultMaterialIndex ? inherited : front.Material,
+            .Inherited = true};
+}
+
+// The plane normal of the front, in scene axes.
+Vec3 ReadPlaneNormal(FaceHandle face) {
+    double plane[PlaneValues] = {};
+    if (SUFaceGetPlane(face, plane) != 0) {
+        return {0, 1, 0};
+    }
+    return {static_cast<float>(plane[0]), static_cast<float>(plane[2]), static_cast<float>(plane[1])};
+}
+
+// Coordinates of a side's own material are finished; only those of one that is taken over get a scale.
+TextureScale ReadScale(const SideMaterial& side) {
+    TextureHandle texture = {};
+    if (!side.Inherited || IsNull(side.Material) || SUMaterialGetTexture(side.Material, &texture) != 0) {
+        return {};
+    }
+    uint64_t width = 0;
+    uint64_t height = 0;
+    double s = 1.0;
+    double t = 1.0;
+    if (SUTextureGetDimensions(texture, &width, &height, &s, &t) != 0) {
+        return {};
+    }
+    return {.S = static_cast<float>(s), .T = static_cast<float>(t)};
+}
+
+int32_t MaterialIndexOf(const ModelImporter& importer, MaterialHandle material) {
+    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    return row >= 0 ? row : DefaultMaterialIndex;
+}
+
+using ReadTriples = int32_t (*)(MeshHelperHandle, uint64_t, double[][3], uint64_t*);
+
+// One array of the mesh helper; nothing if it can't be read in full.
+std::optional<std::vector<double>> ReadArray(MeshHelperHandle meshHelper, uint64_t count,
+                                             ReadTriples read) {
+    std::vector<double> values(count * 3);
+    uint64_t returned = 0;
+    if (read(meshHelper, count, reinterpret_cast<Triple*>(values.data()), &returned) != 0 ||
+        returned != count) {
+        return std::nullopt;
+    }
+    return values;
+}
+
+// Whether every index, as a signed 32-bit number, is a vertex.
+bool IndicesAreSound(const std::vector<uint64_t>& indices, uint64_t vertexCount) {
+    for (const uint64_t index : indices) {
+        const auto number = static_cast<int32_t>(static_cast<uint32_t>(index));
+        if (number < 0 || static_cast<uint64_t>(number) >= vertexCount) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void FillCorner(SideMesh::Corner& corner, const double* position, const double* normal,
+                const double* stq, const FaceSide& side) {
+    corner = {.Position = {position[0], position[2], position[1]},
+              .Normal = {normal[0], normal[2], normal[1]},
+              .S = stq[0] / stq[2] * static_cast<double>(side.Scale.S),
+              .T = stq[1] / stq[2] * static_cast<double>(side.Scale.T)};
+    if (!side.IsFront) {
+        for (double& component : corner.Normal) {
+            component = -component;
+        }
+    }
+}
+
+std::optional<SideMesh> ReadSideMesh(MeshHelperHandle meshHelper, const FaceSide& side) {
+    uint64_t triangleCount = 0;
+    if (SUMeshHelperGetNumTriangles(meshHelper, &triangleCount) != 0 || triangleCount == 0 ||
+        triangleCount > MaxElementCount) {
+        return std::nullopt;
+    }
+    uint64_t vertexCount = 0;
+    if (SUMeshHelperGetNumVertices(meshHelper, &vertexCount) != 0 || vertexCount < 3 ||
+        vertexCount > MaxElementCount) {
+        return std::nullopt;
+    }
+    const auto positions = ReadArray(meshHelper, vertexCount, SUMeshHelperGetVertices);
+    if (!positions) {
+        return std::nullopt;
+    }
+    const auto normals = ReadArray(meshHelper, vertexCount, SUMeshHelperGetNormals);
+    if (!normals) {
+        return std::nullopt;
+    }
+    const auto stq =
+        ReadArray(meshHelper, vertexCount,
+                  side.IsFront ? SUMeshHelperGetFrontSTQCoords : SUMeshHelperGetBackSTQCoords);
+    constexpr double noCoordinates[3] = {0.0, 0.0, 1.0};
+    SideMesh mesh;
+    mesh.Corners.resize(vertexCount);
+    for (size_t i = 0; i < vertexCount; ++i) {
+        FillCorner(mesh.Corners[i], &(*positions)[3 * i], &(*normals)[3 * i],
+                   stq ? &(*stq)[3 * i] : noCoordinates, side);
+    }
+    const uint64_t indexCount = 3 * triangleCount;
+    if (indexCount > MaxElementCount) {
+        return std::nullopt;
+    }
+    mesh.Indices.resize(indexCount);
+    uint64_t returned = 0;
+    if (SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.data(), &returned) != 0 ||
+        returned != indexCount || !IndicesAreSound(mesh.Indices, vertexCount)) {
+        return std::nullopt;
+    }
+    return mesh;
+}
+
+Vec3 ToFloats(const double values[3]) {
+    return {static_cast<float>(values[0]), static_cast<float>(values[1]), static_cast<float>(values[2])};
+}
+
+// The normal of a triangle as its corners turn, for the winding test. Too small a triangle gets (0, 1,
+// 0).
+Vec3 WindingNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
+    const Vec3 e1 = {a.X - c.X, a.Y - c.Y, a.Z - c.Z};
+    const Vec3 e2 = {c.X - b.X, c.Y - b.Y, c.Z - b.Z};
+    Vec3 n = {e1.Y * e2.Z - e1.Z * e2.Y, e1.Z * e2.X - e1.X * e2.Z, e1.X * e2.Y - e1.Y * e2.X};
+    Normalize(n);
+    // Once more, with another order of the sum, and with an answer for a vector that is too short.
+    const float length = std::sqrt((n.Y * n.Y + n.X * n.X) + n.Z * n.Z);
+    if (static_cast<double>(length) > LengthThreshold) {
+        const float inverse = 1.0f / length;
+        n = {n.X * inverse, n.Y * inverse, n.Z * inverse};
+    } else if (static_cast<double>(length) < LengthThreshold) {
+        n = {0, 1, 0};
+    }
+    return n;
+}
+
+Vertex MakeVertex(const SideMesh::Corner& corner) {
+    return {.Position = ToFloats(corner.Position),
+            .Normal = ToFloats(corner.Normal),
+            .U = static_cast<float>(corner.S),
+            .V = 1.0f - static_cast<float>(corner.T)};
+}
+
+} // namespace
+
+void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, PolygonList& polygons,
+                    const FaceSide& side) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    const std::optional<SideMesh> mesh = ReadSideMesh(meshHelper, side);
+    if (!mesh) {
+        return;
+    }
+    for (size_t i = 0; i < mesh->Indices.size(); i += 3) {
+        const auto corner = [&mesh, i](size_t which) -> const SideMesh::Corner& {
+            return mesh->Corners[static_cast<uint32_t>(mesh->Indices[i + which])];
+        };
+        const SideMesh::Corner& a = corner(side.IsFront ? 0 : 2);
+        const SideMesh::Corner& b = corner(1);
+        const SideMesh::Corner& c = corner(side.IsFront ? 2 : 0);
+        const Vec3 n = WindingNormal(ToFloats(a.Position), ToFloats(b.Position), ToFloats(c.Position));
+        const Vec3& p = side.PlaneNormal;
+        const bool keepsOrder = (n.Y * p.Y + n.X * p.X) + n.Z * p.Z < 0.0f;
+
+        SourcePolygon& polygon = polygons.Append(std::make_unique<SourcePolygon>());
+        polygon.MaterialIndex = side.MaterialIndex;
+        polygon.Vertices = {MakeVertex(keepsOrder ? a : c), MakeVertex(b),
+                            MakeVertex(keepsOrder ? c : a)};
+        WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(side.MaterialIndex)]);
+    }
+}
+
+void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons,
+                 int32_t inheritedIndex) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    for (const FaceHandle face :
+         ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead)) {
+        if (IsNull(face) || IsExcludedByLayer(SUFaceToDrawingElement(face))) {
+            continue;
+        }
+        const MaterialHandle inherited =
+            importer.MaterialTable[static_cast<size_t>(inheritedIndex)].Material;
+        const SideMaterial frontMaterial = FrontMaterial(face, inherited);
+        const SideMaterial backMaterial = BackMaterial(face, inherited, inheritedIndex, frontMaterial);
+        UVHelperHandle uvHelper = {};
+        if (SUFaceGetUVHelper(face, true, true, importer.TextureWriter, &uvHelper) != 0) {
+            continue;
+        }
+        MeshHelperHandle meshHelper = {};
+        if (SUMeshHelperCreateWithUVHelper(&meshHelper, face, uvHelper) != 0) {
+            continue;
+        }
+        FaceSide front;
+        front.PlaneNormal = ReadPlaneNormal(face);
+        FaceSide back;
+        back.IsFront = false;
+        back.PlaneNormal = {-front.PlaneNormal.X, -front.PlaneNormal.Y, -front.PlaneNormal.Z};
+        front.Scale = ReadScale(frontMaterial);
+        back.Scale = ReadScale(backMaterial);
+        front.MaterialIndex = MaterialIndexOf(importer, frontMaterial.Material);
+        back.MaterialIndex = MaterialIndexOf(importer, backMaterial.Material);
+        ImportFaceSide(importer, meshHelper, polygons, front);
+        ImportFaceSide(importer, meshHelper, polygons, back);
+        SUUVHelperRelease(&uvHelper);
+    }
+}

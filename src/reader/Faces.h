@@ -1,0 +1,30 @@
+// Faces: both sides of each visible face of a list, read as triangles.
+#pragma once
+
+#include "reader/SketchUpAPI.h"
+#include "tool/ModelImporter.h"
+
+// The factors that turn coordinates in model units into texture coordinates.
+struct TextureScale {
+    float S = 1.0f;
+    float T = 1.0f;
+};
+
+// One side of a face: which row it shows, and where it looks.
+struct FaceSide {
+    bool IsFront = true;
+    int32_t MaterialIndex = DefaultMaterialIndex;
+    Vec3 PlaneNormal; // of this side; decides the winding and is not stored
+    TextureScale Scale;
+};
+
+// Appends the triangles of all visible faces of the list, for each face its front, then its back, in the
+// coordinates of the list, Y up. A side without a material of its own takes over the one of the
+// inherited row or, for backs where that is row 0, of the front. The picture files of used rows are
+// written on the way. What can't be read is left out; nothing is logged here.
+void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons,
+                 int32_t inheritedIndex);
+
+// Appends the triangles of one side. Each turns by the right-hand rule about the side's plane normal.
+void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, PolygonList& polygons,
+                    const FaceSide& side);

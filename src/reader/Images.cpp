@@ -1,0 +1,107 @@
+// Image extraction.
+#include "reader/Images.h"
+
+#include "reader/EntityWalk.h"
+#include "reader/LibraryReading.h"
+#include "reader/Materials.h"
+#include "reader/Textures.h"
+#include "tool/Paths.h"
+
+#include <algorithm>
+
+namespace {
+
+// The row of a picture's file name: the first that has the name as its key, of a material or of an
+// image, or a new one.
+int32_t ImageMaterialIndex(ModelImporter& importer, ImageHandle image, const std::u16string& key) {
+    MaterialTable& table = importer.MaterialTable;
+    const auto found = std::ranges::find_if(table, [&key](const MaterialEntry& row) {
+        return EqualIgnoringCase(row.SourceTextureName, key);
+    });
+    if (found == table.end()) {
+        TexturePaths paths = NextTexturePaths(importer);
+        MaterialEntry entry;
+        entry.OutputFileName = FileNameOf(paths.OutputPath);
+        entry.OutputPath = std::move(paths.OutputPath);
+        entry.RelativePath = std::move(paths.RelativePath);
+        entry.SourceTextureName = key;
+        entry.Image = image;
+        table.push_back(std::move(entry));
+        return static_cast<int32_t>(table.size() - 1);
+    }
+    return static_cast<int32_t>(found - table.begin());
+}
+
+// Size of a picture. [Units: pixels]
+struct PixelSize {
+    uint64_t Width = 0;
+    uint64_t Height = 0;
+};
+
+// 0 by 0 if a query fails.
+PixelSize ReadPixelSize(ImageHandle image) {
+    PixelSize size;
+    ImageRepHandle imageRep = {};
+    if (SUImageRepCreate(&imageRep) != 0) {
+        return {};
+    }
+    const bool read = SUImageGetImageRep(image, &imageRep) == 0 &&
+                      SUImageRepGetPixelDimensions(imageRep, &size.Width, &size.Height) == 0;
+    SUImageRepRelease(&imageRep);
+    return read ? size : PixelSize();
+}
+
+// The corners of the front quad: the picture lies in the plane Y = 0, one unit per pixel, its height
+// along Z.
+std::vector<Vertex> FrontCorners(const PixelSize& size, const Matrix4& matrix) {
+    const auto width = static_cast<float>(size.Width);
+    const auto height = static_cast<float>(size.Height);
+    Vec3 normal = {0, 1, 0};
+    TransformNormal(matrix, normal);
+    std::vector<Vertex> corners = {{.Position = {0, 0, 0}, .Normal = normal, .U = 0, .V = 1},
+                                   {.Position = {0, 0, height}, .Normal = normal, .U = 0, .V = 0},
+                                   {.Position = {width, 0, height}, .Normal = normal, .U = 1, .V = 0},
+                                   {.Position = {width, 0, 0}, .Normal = normal, .U = 1, .V = 1}};
+    for (Vertex& corner : corners) {
+        TransformPoint(matrix, corner.Position);
+    }
+    return corners;
+}
+
+std::vector<Vertex> BackCorners(const std::vector<Vertex>& front) {
+    std::vector<Vertex> corners(front.rbegin(), front.rend());
+    for (Vertex& corner : corners) {
+        corner.Normal = {-corner.Normal.X, -corner.Normal.Y, -corner.Normal.Z};
+    }
+    return corners;
+}
+
+} // namespace
+
+void ImportImages(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    for (const ImageHandle image :
+         ReadList(entities, SUEntitiesGetNumImages, SUEntitiesGetImages, ReturnedCount::MustMatch)) {
+        if (IsNull(image) || IsExcludedByLayer(SUImageToDrawingElement(image))) {
+            continue;
+        }
+        const std::u16string key = FileNameOf(ReadText(image, SUImageGetFileName));
+        SourcePolygon& front = polygons.Append(std::make_unique<SourcePolygon>());
+        front.MaterialIndex = ImageMaterialIndex(importer, image, key);
+        WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(front.MaterialIndex)]);
+        double transform[TransformValues] = {};
+        if (SUImageGetTransform(image, transform) != 0) {
+            return;
+        }
+        const PixelSize size = ReadPixelSize(image);
+        if (size.Width == 0 || size.Height == 0) {
+            continue;
+        }
+        front.Vertices = FrontCorners(size, ConvertTransform(transform));
+        SourcePolygon& back = polygons.Append(std::make_unique<SourcePolygon>());
+        back.MaterialIndex = front.MaterialIndex;
+        back.Vertices = BackCorners(front.Vertices);
+    }
+}

@@ -1,0 +1,52 @@
+// The two fixed sequences in which lists and texts are read from the library.
+#pragma once
+
+#include "reader/SketchUpAPI.h"
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+// The most elements of one list. A greater count is taken for a failed call, before memory is asked for.
+constexpr uint64_t MaxElementCount = std::numeric_limits<int32_t>::max();
+
+// What a returned count has to be for an array to be used.
+enum class ReturnedCount { MustMatch, NotRead };
+
+// All elements of one kind of an owner: the count, then an array of that size. Empty on any failure. An
+// element that the library left alone is null.
+template <class Element, class Owner>
+std::vector<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*),
+                              int32_t (*getElements)(Owner, uint64_t, Element[], uint64_t*),
+                              ReturnedCount rule) {
+    uint64_t count = 0;
+    if (getCount(owner, &count) != 0 || count == 0 || count > MaxElementCount) {
+        return {};
+    }
+    std::vector<Element> elements(count);
+    uint64_t returned = 0;
+    if (getElements(owner, count, elements.data(), &returned) != 0) {
+        return {};
+    }
+    if (rule == ReturnedCount::MustMatch && returned != count) {
+        return {};
+    }
+    return elements;
+}
+
+// The text that a getter puts into a string of the library, cut at TextLimit units. Empty if the getter
+// fails.
+template <class Owner> std::u16string ReadText(Owner owner, int32_t (*getText)(Owner, StringHandle*)) {
+    // One unit more than the library is told of: the text ends inside the buffer whatever is written.
+    char16_t buffer[TextLimit + 1] = {};
+    StringHandle string = {};
+    SUStringCreate(&string);
+    if (getText(owner, &string) == 0) {
+        uint64_t length = 0;
+        SUStringGetUTF16(string, TextLimit, buffer, &length);
+        buffer[TextLimit] = 0;
+    }
+    SUStringRelease(&string);
+    return buffer;
+}

@@ -1,0 +1,109 @@
+// Reading the materials of the model.
+#include "reader/Materials.h"
+
+#include "reader/LibraryReading.h"
+#include "reader/SketchUpAPI.h"
+#include "tool/Log.h"
+#include "tool/Paths.h"
+
+namespace {
+
+constexpr uint32_t OpaqueAlpha = 0xFF000000;
+constexpr uint32_t ColorBytes = 0x00FFFFFF;
+constexpr uint32_t WhiteOpaque = 0xFFFFFFFF;
+
+// Truncates to a signed 32-bit integer as processors do: what doesn't fit becomes the lowest one.
+int32_t TruncateToInt(double value) {
+    constexpr double below = -2147483649.0;
+    constexpr double above = 2147483648.0;
+    return value > below && value < above ? static_cast<int32_t>(value)
+                                          : std::numeric_limits<int32_t>::min();
+}
+
+uint32_t ReadAlpha(MaterialHandle material) {
+    uint8_t useOpacity = 0;
+    if (SUMaterialGetUseOpacity(material, &useOpacity) != 0 || useOpacity == 0) {
+        return OpaqueAlpha;
+    }
+    double opacity = 0.0;
+    SUMaterialGetOpacity(material, &opacity);
+    return static_cast<uint32_t>(TruncateToInt(opacity * 255.0)) << 24;
+}
+
+// Alpha, red, green, blue. A colour that can't be read is opaque white whatever the opacity.
+uint32_t ReadColor(MaterialHandle material) {
+    uint8_t rgba[4] = {};
+    uint32_t color = WhiteOpaque;
+    if (SUMaterialGetColor(material, rgba) == 0) {
+        color = (static_cast<uint32_t>(rgba[0]) << 16) | (static_cast<uint32_t>(rgba[1]) << 8) | rgba[2];
+    }
+    return ReadAlpha(material) | color;
+}
+
+// The first row whose picture file can serve a material with this source name and colour, or null.
+const MaterialEntry* FindSharedTexture(const MaterialTable& table,
+                                       const std::u16string& sourceTextureName, uint32_t color) {
+    for (const MaterialEntry& row : table) {
+        if (!row.OutputPath.empty() && EqualIgnoringCase(row.SourceTextureName, sourceTextureName) &&
+            (row.Color & ColorBytes) == (color & ColorBytes)) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
+    TextureHandle texture = {};
+    const bool hasTexture = SUMaterialGetTexture(material, &texture) == 0;
+    MaterialEntry entry;
+    entry.Material = material;
+    entry.Color = ReadColor(material);
+    int32_t type = MaterialTypePlain;
+    SUMaterialGetType(material, &type);
+
+    // A null handle meets the default row here, which holds none.
+    if (IsNull(material) || FindMaterial(importer.MaterialTable, material) >= 0) {
+        return;
+    }
+    if (hasTexture && (type == MaterialTypeTextured || type == MaterialTypeColorized)) {
+        entry.SourceTextureName = ReadText(texture, SUTextureGetFileName);
+        const MaterialEntry* shared =
+            FindSharedTexture(importer.MaterialTable, entry.SourceTextureName, entry.Color);
+        if (shared != nullptr) {
+            entry.OutputPath = shared->OutputPath;
+            entry.RelativePath = shared->RelativePath;
+        } else {
+            TexturePaths paths = NextTexturePaths(importer);
+            entry.OutputPath = std::move(paths.OutputPath);
+            entry.RelativePath = std::move(paths.RelativePath);
+        }
+    }
+    entry.Name = ReadText(material, SUMaterialGetName);
+    entry.OutputFileName = FileNameOf(entry.OutputPath);
+    importer.MaterialTable.push_back(std::move(entry));
+}
+
+} // namespace
+
+TexturePaths NextTexturePaths(ModelImporter& importer) {
+    ++importer.TextureCounter;
+    const auto compose = [&importer](const std::u16string& directory) {
+        return Format(u"%s%sTexture%d.png",
+                      {directory, importer.TexturePrefix, importer.TextureCounter});
+    };
+    return {.OutputPath = compose(importer.OutputDirectory),
+            .RelativePath = compose(importer.RelativeDirectory)};
+}
+
+void ImportMaterials(ModelImporter& importer) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    MaterialEntry defaultRow;
+    defaultRow.Name = u"Default";
+    importer.MaterialTable.push_back(std::move(defaultRow));
+    for (const MaterialHandle material : ReadList(importer.Model, SUModelGetNumAllMaterials,
+                                                  SUModelGetAllMaterials, ReturnedCount::MustMatch)) {
+        ImportMaterial(importer, material);
+    }
+}

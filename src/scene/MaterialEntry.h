@@ -1,0 +1,30 @@
+// The table of everything that a surface can look like in this run.
+#pragma once
+
+#include "reader/Handles.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// One row. Nothing but Written changes once a row is in the table.
+struct MaterialEntry {
+    std::u16string Name;         // of the material in the model; "Default" on row 0; empty for an image
+    std::u16string OutputPath;   // picture file to write; empty without a texture, as the next two
+    std::u16string RelativePath; // the same file as the scene file refers to it
+    std::u16string OutputFileName;    // the last component of OutputPath
+    std::u16string SourceTextureName; // file name in the model: the key by which rows share a file
+    uint32_t Color = 0xFFFFFFFF;      // alpha in the top byte, then red, green, blue
+    bool Written = false;             // whether writing the picture file has been tried
+    MaterialHandle Material = {};     // null on row 0 and for an image
+    ImageHandle Image = {};           // null on row 0 and for a material
+};
+
+// Rows are only appended, so an index stays valid to the end of the run; an address does not. Rows may
+// share their name or their file.
+using MaterialTable = std::vector<MaterialEntry>;
+
+constexpr int32_t DefaultMaterialIndex = 0;
+
+// The first row with this material, or -1. A null handle is found in no row.
+int32_t FindMaterial(const MaterialTable& table, MaterialHandle material);

@@ -1,0 +1,51 @@
+// The run: arguments, directories, the import, the scene file, the outcome.
+#include "platform/Main.h"
+#include "output/SceneFile.h"
+#include "platform/Platform.h"
+#include "tool/Log.h"
+#include "tool/Messages.h"
+#include "tool/ModelImporter.h"
+#include "tool/Paths.h"
+
+static constexpr int ExitWrongArguments = 1;
+
+// Writes the whole scene file. An earlier file is cut to nothing only here, once the model has been
+// read.
+static bool WriteSceneFile(const std::u16string& path, const SceneNode& root,
+                           const MaterialTable& materials) {
+    OutputFile file;
+    file.Open(path);
+    return file.Stream != nullptr && WriteScene(file, root, materials);
+}
+
+int Main(const std::vector<std::u16string>& arguments) {
+    if (arguments.size() != 4) {
+        PrintToStandardOutput(MessageUsage);
+        return ExitWrongArguments;
+    }
+    const std::u16string& sourcePath = arguments[0];
+    const std::u16string& scenePath = arguments[1];
+    std::u16string relativeDirectory = arguments[2];
+    const std::u16string& logPath = arguments[3];
+
+    const std::u16string sceneDirectory = DirectoryOf(scenePath.c_str());
+    if (!relativeDirectory.empty() && relativeDirectory.back() != u'\\') {
+        relativeDirectory.push_back(u'\\');
+    }
+    MakeDirectories(sceneDirectory.c_str());
+    MakeDirectories(DirectoryOf(logPath.c_str()).c_str());
+
+    ModelImporter importer;
+    const RootHolder* holder =
+        importer.Import(sourcePath, scenePath, sceneDirectory, relativeDirectory, logPath);
+    if (holder == nullptr || importer.ImportStatus != StatusOk) {
+        Log(importer, MessageErrorImporting, {sourcePath, importer.ImportStatus});
+        return importer.ImportStatus;
+    }
+    if (!WriteSceneFile(scenePath, *holder->Root, importer.MaterialTable)) {
+        Log(importer, MessageErrorWriting, {scenePath});
+        return StatusSceneNotWritten;
+    }
+    Log(importer, MessageSuccess, {sourcePath, scenePath});
+    return StatusOk;
+}

@@ -1,0 +1,17 @@
+// All texts that the program prints or logs. "%s" stands for a text, "%d" for a number.
+#pragma once
+
+// The usage goes to standard output alone, with its own line end; all others are lines of the log.
+constexpr char16_t MessageUsage[] =
+    u"Usage: orvane.exe <src_path> <dest_path> <rel_dest_dir> <log_path>\n";
+
+constexpr char16_t MessageImporting[] = u"Importing %s to %s";  // source, scene file
+constexpr char16_t MessageErrorOpening[] = u"Error opening %s"; // source
+constexpr char16_t MessageErrorTextureWriter[] = u"Error creating texture writer";
+constexpr char16_t MessageErrorReading[] = u"SKP Import failed - error reading file";
+constexpr char16_t MessageWritingTexture[] = u"Writing: %s"; // picture file
+constexpr char16_t MessageErrorTexture[] =
+    u"Error: SKP library could not write %s to %s";                         // name, picture file
+constexpr char16_t MessageErrorImporting[] = u"Error importing %s (rc=%d)"; // source, import status
+constexpr char16_t MessageErrorWriting[] = u"Error writing %s";             // scene file
+constexpr char16_t MessageSuccess[] = u"Success. %s imported to %s";        // source, scene file

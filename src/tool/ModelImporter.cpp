@@ -1,0 +1,72 @@
+// The two top-level operations of a conversion: opening everything, and ordering the reading.
+#include "tool/ModelImporter.h"
+
+#include "output/Recentre.h"
+#include "reader/EntityWalk.h"
+#include "reader/LibraryPath.h"
+#include "reader/Materials.h"
+#include "reader/SketchUpAPI.h"
+#include "tool/Log.h"
+#include "tool/Messages.h"
+#include "tool/Paths.h"
+
+// The mark at the start of the log: UTF-16, little-endian.
+static constexpr uint8_t ByteOrderMark[] = {0xFF, 0xFE};
+
+ModelImporter::ModelImporter() {
+    SUInitialize();
+}
+
+ModelImporter::~ModelImporter() {
+    SUModelRelease(&Model);
+    SUTerminate();
+    LogFile.Close();
+}
+
+RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u16string& scenePath,
+                                  const std::u16string& outputDirectory,
+                                  const std::u16string& relativeDirectory,
+                                  const std::u16string& logPath) {
+    LogFile.Open(logPath);
+    LogFile.Write(ByteOrderMark, sizeof ByteOrderMark);
+    SourceDirectory = DirectoryOf(sourcePath.c_str());
+    OutputDirectory = DirectoryOf(outputDirectory.c_str());
+    RelativeDirectory = relativeDirectory;
+    Log(*this, MessageImporting, {sourcePath, scenePath});
+    TexturePrefix = std::u16string(SplitPath(scenePath).BaseName) + u"_";
+
+    const std::optional<std::string> libraryPath = LibraryPath(sourcePath);
+    if (!libraryPath || SUModelCreateFromFile(&Model, libraryPath->c_str()) != 0) {
+        Log(*this, MessageErrorOpening, {sourcePath});
+        ImportStatus = StatusModelNotOpened;
+        return nullptr;
+    }
+    if (SUTextureWriterCreate(&TextureWriter) != 0) {
+        Log(*this, MessageErrorTextureWriter, {});
+        ImportStatus = StatusModelNotRead;
+        return nullptr;
+    }
+    ReadModel();
+    if (RootHolder->Root != nullptr && CountTriangles(*RootHolder->Root) != 0) {
+        return RootHolder.get();
+    }
+    Log(*this, MessageErrorReading, {});
+    ImportStatus = StatusModelNotRead;
+    return nullptr;
+}
+
+void ModelImporter::ReadModel() {
+    if (ImportStatus != StatusOk) {
+        return;
+    }
+    RootHolder = std::make_unique<::RootHolder>();
+    ImportMaterials(*this);
+    EntitiesHandle entities = {};
+    if (SUModelGetEntities(Model, &entities) != 0) {
+        ImportStatus = StatusModelNotRead;
+        return;
+    }
+    // The tree is kept and flattened also when the walk was stopped by a failed texture.
+    RootHolder->Root = ImportEntities(*this, entities, {}, DefaultMaterialIndex);
+    Recentre(*RootHolder->Root);
+}

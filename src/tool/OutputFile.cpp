@@ -1,0 +1,45 @@
+// Writing a file in calls of bounded size.
+#include "tool/OutputFile.h"
+
+#include "platform/Platform.h"
+#include "tool/Paths.h"
+
+#include <algorithm>
+
+// The most bytes that one call of the stream is given.
+static constexpr uint32_t BytesPerCall = 4096;
+
+OutputFile::~OutputFile() {
+    Close();
+}
+
+void OutputFile::Open(const std::u16string& path) {
+    Close();
+    if (path.size() < PathLimit) {
+        Stream = OpenForWriting(path);
+    }
+}
+
+bool OutputFile::Write(const void* bytes, uint32_t size) {
+    uint32_t written = 0;
+    while (Stream != nullptr && written < size) {
+        const uint32_t most = std::min(size - written, BytesPerCall);
+        const size_t count = std::fwrite(static_cast<const char*>(bytes) + written, 1, most, Stream);
+        if (count == 0) {
+            break;
+        }
+        written += static_cast<uint32_t>(count);
+    }
+    return written == size;
+}
+
+bool OutputFile::Flush() {
+    return Stream != nullptr && std::fflush(Stream) == 0;
+}
+
+void OutputFile::Close() {
+    if (Stream != nullptr) {
+        std::fclose(Stream);
+        Stream = nullptr;
+    }
+}

@@ -1,0 +1,28 @@
+// One stream that a run writes: the log or the scene file.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+struct OutputFile {
+    std::FILE* Stream = nullptr; // null while no file is open
+
+    OutputFile() = default;
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile();
+
+    // Opens a new file, or cuts an existing one to nothing, after closing what is open. On failure, and
+    // for a path beyond the limit, the stream is null afterwards.
+    void Open(const std::u16string& path);
+
+    // Writes size bytes. False if not all of them went out, as when no file is open.
+    bool Write(const void* bytes, uint32_t size);
+
+    // Sends what the stream still buffers to the system. False if that fails or no file is open.
+    bool Flush();
+
+    // Closes the stream, if one is open. What the system says to it is not looked at.
+    void Close();
+};
