@@ -15,6 +15,7 @@ namespace {
 constexpr int32_t CellsX = 64;
 constexpr int32_t CellsY = 8; // buildings are wider than high
 constexpr int32_t CellsZ = 64;
+constexpr size_t CellCount = size_t{CellsX} * CellsY * CellsZ;
 constexpr int32_t None = -1;
 
 // The cells along one axis of the grid.
@@ -41,7 +42,7 @@ struct WeldGrid {
     GridAxis X;
     GridAxis Y;
     GridAxis Z;
-    std::vector<int32_t> CellHeads = std::vector<int32_t>(CellsX * CellsY * CellsZ, None);
+    std::vector<int32_t> CellHeads = std::vector<int32_t>(CellCount, None);
     std::vector<CellEntry> CellEntries;
 };
 
@@ -98,7 +99,7 @@ CellRange SearchRange(const GridAxis& axis, float coordinate) {
 }
 
 size_t CellNumber(int32_t x, int32_t y, int32_t z) {
-    return static_cast<size_t>((x * CellsY + y) * CellsZ + z);
+    return (static_cast<size_t>(x) * CellsY + static_cast<size_t>(y)) * CellsZ + static_cast<size_t>(z);
 }
 
 // What one vertex searches, per axis.

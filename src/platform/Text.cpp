@@ -1,38 +1,9 @@
-// UTF-8 in both directions: pure text work, the same on every system.
+// Reading UTF-8: pure text work, the same on every system.
 #include "platform/Platform.h"
 
 namespace {
 
 constexpr char32_t ReplacementCharacter = 0xFFFD;
-
-bool IsHighSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(char16_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-void AppendUtf8(std::string& text, char32_t code) {
-    const auto append = [&text](char32_t byte) {
-        text.push_back(static_cast<char>(byte));
-    };
-    if (code < 0x80) {
-        append(code);
-    } else if (code < 0x800) {
-        append(0xC0 | (code >> 6));
-        append(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        append(0xE0 | (code >> 12));
-        append(0x80 | ((code >> 6) & 0x3F));
-        append(0x80 | (code & 0x3F));
-    } else {
-        append(0xF0 | (code >> 18));
-        append(0x80 | ((code >> 12) & 0x3F));
-        append(0x80 | ((code >> 6) & 0x3F));
-        append(0x80 | (code & 0x3F));
-    }
-}
 
 void AppendUtf16(std::u16string& text, char32_t code) {
     if (code < 0x10000) {
@@ -70,25 +41,6 @@ Lead ClassifyLead(uint8_t byte) {
 }
 
 } // namespace
-
-std::string Utf8FromUtf16(std::u16string_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t unit = text[i];
-        if (IsHighSurrogate(unit) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-            const char32_t high = unit - 0xD800u;
-            const char32_t low = text[i + 1] - 0xDC00u;
-            AppendUtf8(result, 0x10000 + (high << 10) + low);
-            ++i;
-        } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
-            AppendUtf8(result, ReplacementCharacter);
-        } else {
-            AppendUtf8(result, unit);
-        }
-    }
-    return result;
-}
 
 std::u16string Utf16FromUtf8(std::string_view text) {
     std::u16string result;

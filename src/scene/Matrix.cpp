@@ -3,6 +3,7 @@
 #include "scene/Matrix.h"
 
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 void Normalize(Vec3& v) {
@@ -17,11 +18,10 @@ void Normalize(Vec3& v) {
 
 void Multiply(Matrix4& a, const Matrix4& b) {
     Matrix4 result;
-    for (int i = 0; i < 4; ++i) {
-        const float* row = &a.M[4 * i];
-        for (int j = 0; j < 4; ++j) {
-            result.M[4 * i + j] =
-                ((row[0] * b.M[j] + row[1] * b.M[4 + j]) + row[2] * b.M[8 + j]) + row[3] * b.M[12 + j];
+    for (size_t i = 0; i < 16; i += 4) {
+        for (size_t j = 0; j < 4; ++j) {
+            result.M[i + j] = ((a.M[i] * b.M[j] + a.M[i + 1] * b.M[4 + j]) + a.M[i + 2] * b.M[8 + j]) +
+                              a.M[i + 3] * b.M[12 + j];
         }
     }
     a = result;

@@ -1,0 +1,69 @@
+// The Windows side of the platform layer: wide-character calls all through.
+#include "platform/Platform.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+namespace {
+
+// wchar_t is a UTF-16 unit on this system.
+std::wstring Wide(std::u16string_view text) {
+    return {text.begin(), text.end()};
+}
+
+std::string ToCodePage(UINT codePage, std::u16string_view text) {
+    const std::wstring wide = Wide(text);
+    const auto units = static_cast<int>(wide.size());
+    const int size = WideCharToMultiByte(codePage, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<size_t>(size), '\0');
+    WideCharToMultiByte(codePage, 0, wide.data(), units, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+// The console behind standard output, or null if that is a file or a pipe.
+HANDLE ConsoleOutput() {
+    HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return handle != nullptr && GetConsoleMode(handle, &mode) != 0 ? handle : nullptr;
+}
+
+} // namespace
+
+std::FILE* OpenForWriting(const std::u16string& path) {
+    return _wfopen(Wide(path).c_str(), L"wb");
+}
+
+std::FILE* OpenForReading(const std::u16string& path) {
+    return _wfopen(Wide(path).c_str(), L"rb");
+}
+
+uint32_t FileAttributes(const std::u16string& path) {
+    return GetFileAttributesW(Wide(path).c_str());
+}
+
+bool CreateOneDirectory(const std::u16string& path) {
+    return _wmkdir(Wide(path).c_str()) == 0;
+}
+
+std::string Utf8FromUtf16(std::u16string_view text) {
+    return ToCodePage(CP_UTF8, text);
+}
+
+std::string AnsiFromUtf16(std::u16string_view text) {
+    return ToCodePage(CP_ACP, text);
+}
+
+void PrintToStandardOutput(std::u16string_view text) {
+    HANDLE console = ConsoleOutput();
+    if (console != nullptr) {
+        DWORD written = 0;
+        WriteConsoleW(console, Wide(text).c_str(), static_cast<DWORD>(text.size()), &written, nullptr);
+        return;
+    }
+    // As bytes: in text mode the CR LF of a line would become CR CR LF.
+    _setmode(_fileno(stdout), _O_BINARY);
+    const std::string bytes = Utf8FromUtf16(text);
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+    std::fflush(stdout);
+}

@@ -1,0 +1,108 @@
+// Paths, directories, text conversion and log lines.
+#include "platform/Platform.h"
+#include "tool/Log.h"
+#include "tool/Paths.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+TEST(Paths, NormalizePathAndDirectoryOf) {
+    const struct {
+        const char16_t* Path;
+        const char16_t* Normal;
+        const char16_t* Directory;
+    } cases[] = {
+        {u"C:\\a\\b.skp", u"C:\\a\\b.skp", u"C:\\a\\"},
+        {u".\\a\\b.skp", u"a\\b.skp", u"a\\"},
+        {u".\\.\\b.skp", u".\\b.skp", u".\\"},
+        {u"./b.skp", u"./b.skp", u"./\\"},
+        {u"a\\b.skp", u"a\\b.skp", u"a\\"},
+        {u"b.skp", u"b.skp", u""},
+        {u".\\b.skp", u"b.skp", u""},
+        {u"C:\\a\\", u"C:\\a\\", u"C:\\a\\"},
+        {u"C:\\a", u"C:\\a", u"C:\\"},
+        {u"C:b.skp", u"C:b.skp", u"C:\\"},
+        {u"a/b\\c/d.bin", u"a/b\\c/d.bin", u"a/b\\c/\\"},
+        {u"", u"", u""},
+        {nullptr, u"", u""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Path == nullptr ? "null" : Utf8FromUtf16(c.Path));
+        EXPECT_EQ(NormalizePath(c.Path), c.Normal);
+        EXPECT_EQ(DirectoryOf(c.Path), c.Directory);
+    }
+}
+
+TEST(Paths, SplitPathTakesTheLastDotOfTheLastComponent) {
+    const PathParts parts = SplitPath(u"D:dir.old\\a.b.c");
+    EXPECT_EQ(parts.Drive, u"D:");
+    EXPECT_EQ(parts.Directory, u"dir.old\\");
+    EXPECT_EQ(parts.BaseName, u"a.b");
+    EXPECT_EQ(parts.Extension, u".c");
+    EXPECT_EQ(SplitPath(u"dir.old/name").BaseName, u"name");
+    EXPECT_EQ(SplitPath(u".cache").BaseName, u"");
+    EXPECT_EQ(FileNameOf(u"C:\\x\\a.png"), u"a.png");
+}
+
+TEST(Paths, ComparesWithoutRegardToCaseInAsciiOnly) {
+    EXPECT_TRUE(EqualIgnoringCase(u"Brick.JPG", u"bRICK.jpg"));
+    EXPECT_FALSE(EqualIgnoringCase(u"a", u"ab"));
+    EXPECT_FALSE(EqualIgnoringCase(u"\u00E4", u"\u00C4"));
+    EXPECT_FALSE(EqualIgnoringCase(u"[", u"{")); // next to the letters
+}
+
+TEST(Paths, MakeDirectoriesCreatesAllLevels) {
+    const std::filesystem::path base =
+        std::filesystem::path(testing::TempDir()) / "orvane-directories-test";
+    std::filesystem::remove_all(base);
+    const std::u16string start = base.u16string();
+    for (const char16_t* tail : {u"\\a\\b\\", u"/out/deep/\\", u"\\old.dir\\x//", u"\\a\\..\\c"}) {
+        MakeDirectories((start + tail).c_str());
+    }
+    for (const char* made : {"a/b", "out/deep", "old.dir/x", "c"}) {
+        EXPECT_TRUE(std::filesystem::is_directory(base / made)) << made;
+    }
+    // A last component that is all extension has no base name, so that level isn't made.
+    MakeDirectories((start + u"\\.cache\\").c_str());
+    EXPECT_FALSE(std::filesystem::exists(base / ".cache"));
+    // Separators alone, and paths beyond the limit, come to an end.
+    for (const std::u16string& path : {std::u16string(1000, u'/'), start + std::u16string(300, u'x'),
+                                       std::u16string(u"C:\\"), std::u16string()}) {
+        MakeDirectories(path.c_str());
+    }
+    MakeDirectories(nullptr);
+    std::filesystem::remove_all(base);
+}
+
+TEST(Text, ConvertsBetweenUtf16AndUtf8) {
+    const std::u16string text = u"a\u00FC\u20AC\U0001F3E0";
+    EXPECT_EQ(Utf8FromUtf16(text), "a\xC3\xBC\xE2\x82\xAC\xF0\x9F\x8F\xA0");
+    EXPECT_EQ(Utf16FromUtf8(Utf8FromUtf16(text)), text);
+    const std::u16string unpaired = {0xD83C, u'x', 0xDFE0, 0xD83C};
+    EXPECT_EQ(Utf8FromUtf16(unpaired), "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+TEST(Text, TakesInvalidUtf8WithoutHarm) {
+    const struct {
+        const char* Bytes;
+        const char16_t* Text;
+    } cases[] = {
+        {"\x80", u"\uFFFD"},
+        {"a\xC3", u"a\uFFFD"},
+        {"\xC3(", u"\uFFFD("},
+        {"\xE2\x82(", u"\uFFFD("},
+        {"\xC0\x80", u"\uFFFD\uFFFD"},
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"\xF0\x9F\x8F", u"\uFFFD"},
+        {"\xFF", u"\uFFFD"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Utf16FromUtf8(c.Bytes), c.Text);
+    }
+}
+
+TEST(Log, FormatReplacesItsOwnConversionsOnly) {
+    EXPECT_EQ(Format(u"Error %s (rc=%d)", {u"100%s%d", -13}), u"Error 100%s%d (rc=-13)");
+    EXPECT_EQ(Format(u"100%", {}), u"100%");
+}
