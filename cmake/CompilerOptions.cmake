@@ -7,3 +7,8 @@ if(ORVANE_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+if(WIN32)
+  # Nothing of the compiler's own is needed at run time, and the stack is as large as on Linux.
+  add_link_options(-static -Wl,--stack,8388608)
+  add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()

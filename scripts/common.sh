@@ -21,6 +21,9 @@ install_packages() {
 
 build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev)
 test_packages=(libgtest-dev libgmock-dev)
+windows_packages=(g++-mingw-w64-x86-64-posix)
+wine_packages=(wine wine64)
+package_packages=(dpkg-dev file zip unzip)
 
 # Configures (if needed) and builds one folder: build FOLDER [cmake options].
 build() {
@@ -28,4 +31,13 @@ build() {
     shift
     cmake -S "$root" -B "$root/$folder" -G Ninja "$@" >/dev/null
     cmake --build "$root/$folder"
+}
+
+# Packs what build/ and build-windows/ hold into dist/.
+make_packages() {
+    local folder
+    for folder in build build-windows; do
+        cpack --config "$folder/CPackConfig.cmake" -B dist >/dev/null
+    done
+    rm -rf dist/_CPack_Packages
 }

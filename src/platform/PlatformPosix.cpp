@@ -1,5 +1,4 @@
-// The POSIX side of the platform layer. No windows.h, no locale: names are UTF-8 whatever the locale
-// says.
+// The POSIX side of the platform layer. Names and output are UTF-8 whatever the locale says.
 #include "platform/Platform.h"
 
 #include <array>

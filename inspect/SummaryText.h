@@ -1,0 +1,10 @@
+// The summary in words, for people.
+#pragma once
+
+#include "inspect/SceneSummary.h"
+
+#include <string>
+
+// Several lines, each closed by LF. Names from the file come in quotes, their control characters as
+// escapes, so that a hostile name can't reach the terminal.
+std::u16string SummaryText(const SceneSummary& summary);

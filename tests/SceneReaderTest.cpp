@@ -1,0 +1,386 @@
+// The scene file reader against files built here byte by byte: sound ones come back as they were
+// written, and no wrong, missing or additional byte passes.
+#include "inspect/SceneReader.h"
+#include "inspect/SceneSummary.h"
+#include "inspect/SummaryText.h"
+
+#include "platform/Platform.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string_view>
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+void AddWord(Bytes& bytes, uint32_t word) {
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes.push_back(static_cast<uint8_t>(word >> shift));
+    }
+}
+
+void AddWords(Bytes& bytes, std::initializer_list<uint32_t> words) {
+    for (const uint32_t word : words) {
+        AddWord(bytes, word);
+    }
+}
+
+void AddZeros(Bytes& bytes, size_t count) {
+    bytes.insert(bytes.end(), count, 0);
+}
+
+void AddString(Bytes& bytes, std::u16string_view text) {
+    for (const char16_t unit : text) {
+        bytes.push_back(static_cast<uint8_t>(unit & 0xFF));
+        bytes.push_back(static_cast<uint8_t>(unit >> 8));
+    }
+    AddZeros(bytes, 2);
+}
+
+constexpr uint32_t One = 0x3F800000; // 1.0F
+
+void AddHeader(Bytes& bytes) {
+    AddWords(bytes, {0x11111111, 107, 0});
+}
+
+void AddNode(Bytes& bytes, std::string_view name, uint32_t meshes, uint32_t children) {
+    AddWord(bytes, 0x22222222);
+    bytes.insert(bytes.end(), name.begin(), name.end());
+    AddZeros(bytes, 256 - name.size());
+    AddWords(bytes, {One, 0, 0, 0, 0, One, 0, 0, 0, 0, One, 0, 0, 0, 0, One});
+    AddWords(bytes, {0, meshes, children, 0});
+}
+
+// A mesh of one triangle and three vertices, whose 24 numbers are 0.5, 1.5, 2.5 and so on.
+void AddMesh(Bytes& bytes, std::u16string_view name, std::u16string_view texture, uint32_t rgb) {
+    AddWords(bytes, {0x42424242, 3, 1});
+    AddZeros(bytes, 40);
+    AddWords(bytes, {0x32443244, static_cast<uint32_t>(name.size() + 1), 0, rgb, rgb, rgb, One});
+    AddZeros(bytes, 16);
+    AddWords(bytes, {static_cast<uint32_t>(texture.size() + 1), 0, One});
+    AddZeros(bytes, 16);
+    AddWord(bytes, One);
+    AddZeros(bytes, 48);
+    AddString(bytes, name);
+    AddString(bytes, texture);
+    for (int number = 0; number < 24; ++number) {
+        AddWord(bytes, std::bit_cast<uint32_t>(static_cast<float>(number) + 0.5F));
+    }
+    AddZeros(bytes, 12);
+    AddWords(bytes, {0, 1, 2});
+}
+
+// One node, one mesh: 666 bytes.
+Bytes SmallFile() {
+    Bytes bytes;
+    AddHeader(bytes);
+    AddNode(bytes, "", 1, 0);
+    AddMesh(bytes, u"Default", u"", One);
+    return bytes;
+}
+
+// Where things lie in SmallFile.
+constexpr size_t RootAt = 12;
+constexpr size_t MeshAt = 352;
+constexpr size_t MaterialAt = 404;
+constexpr size_t NameAt = 528;
+constexpr size_t PathAt = 544;
+constexpr size_t VerticesAt = 546;
+constexpr size_t ZerosAt = 642;
+constexpr size_t IndicesAt = 654;
+
+void SetWord(Bytes& bytes, size_t at, uint32_t word) {
+    std::memcpy(bytes.data() + at, &word, sizeof word);
+}
+
+std::string FaultOf(const Bytes& bytes) {
+    StoredScene scene;
+    const auto fault = ReadStoredScene(bytes, scene);
+    EXPECT_EQ(scene.Nodes.empty(), fault.has_value());
+    return fault ? Utf8FromUtf16(FaultText(*fault)) : "sound";
+}
+
+std::string FaultWith(size_t at, uint32_t word) {
+    Bytes bytes = SmallFile();
+    SetWord(bytes, at, word);
+    return FaultOf(bytes);
+}
+
+TEST(SceneReader, ReadsTheSmallestUsefulFile) {
+    const Bytes bytes = SmallFile();
+    ASSERT_EQ(bytes.size(), 666U);
+    StoredScene scene;
+    ASSERT_FALSE(ReadStoredScene(bytes, scene));
+    ASSERT_EQ(scene.Nodes.size(), 1U);
+    const StoredNode& root = scene.Nodes[0];
+    EXPECT_EQ(root.Name, "");
+    EXPECT_EQ(root.Matrix[5], 1.0F);
+    EXPECT_EQ(root.Matrix[6], 0.0F);
+    EXPECT_FALSE(root.Parent);
+    ASSERT_EQ(root.Meshes.size(), 1U);
+    const StoredMesh& mesh = root.Meshes[0];
+    EXPECT_EQ(mesh.Material.Name, u"Default");
+    EXPECT_EQ(mesh.Material.TexturePath, u"");
+    EXPECT_EQ(mesh.Material.Colour, (std::array<float, 4>{1, 1, 1, 1}));
+    EXPECT_EQ(mesh.Indices, (std::vector<uint32_t>{0, 1, 2}));
+    ASSERT_EQ(mesh.Vertices.size(), 3U);
+    EXPECT_EQ(mesh.Vertices[1].Position, (std::array<float, 3>{8.5F, 9.5F, 10.5F}));
+    EXPECT_EQ(mesh.Vertices[1].Normal, (std::array<float, 3>{11.5F, 12.5F, 13.5F}));
+    EXPECT_EQ(mesh.Vertices[1].U, 14.5F);
+    EXPECT_EQ(mesh.Vertices[1].V, 15.5F);
+}
+
+TEST(SceneReader, ReadsATreeDepthFirst) {
+    const std::string longName(255, 'n');
+    Bytes bytes;
+    AddHeader(bytes);
+    AddNode(bytes, "", 0, 2);
+    AddNode(bytes,
+            "K\xFC"
+            "che",
+            1, 1);
+    AddMesh(bytes, u"", u"maps\\house_Texture1.png", One);
+    AddNode(bytes, longName, 2, 0);
+    AddMesh(bytes, u"\x03B1\xD83D\xDE00", u"", 0);
+    AddMesh(bytes, u"Blue", u"", std::bit_cast<uint32_t>(51.0F / 255.0F));
+    AddNode(bytes, "last", 0, 0);
+    StoredScene scene;
+    const auto fault = ReadStoredScene(bytes, scene);
+    ASSERT_FALSE(fault) << Utf8FromUtf16(FaultText(*fault));
+    ASSERT_EQ(scene.Nodes.size(), 4U);
+    EXPECT_EQ(scene.Nodes[0].Children, (std::vector<uint32_t>{1, 3}));
+    EXPECT_EQ(scene.Nodes[1].Children, (std::vector<uint32_t>{2}));
+    EXPECT_EQ(scene.Nodes[2].Parent, 1U);
+    EXPECT_EQ(scene.Nodes[3].Parent, 0U);
+    EXPECT_EQ(scene.Nodes[1].Name, "K\xFC"
+                                   "che");
+    EXPECT_EQ(scene.Nodes[2].Name, longName);
+    EXPECT_EQ(scene.Nodes[3].Name, "last");
+    EXPECT_EQ(scene.Nodes[1].Meshes.at(0).Material.TexturePath, u"maps\\house_Texture1.png");
+    EXPECT_EQ(scene.Nodes[2].Meshes.at(0).Material.Name, u"\x03B1\xD83D\xDE00");
+    EXPECT_EQ(scene.Nodes[2].Meshes.at(1).Material.Colour, (std::array<float, 4>{0.2F, 0.2F, 0.2F, 1}));
+}
+
+TEST(SceneReader, ReadsEmptyMeshesAndEveryColour) {
+    Bytes bytes = SmallFile();
+    bytes.resize(VerticesAt);
+    SetWord(bytes, MeshAt + 4, 0);
+    SetWord(bytes, MeshAt + 8, 0);
+    for (int step = 0; step < 256; ++step) {
+        SetWord(bytes, MaterialAt + 12, std::bit_cast<uint32_t>(static_cast<float>(step) / 255.0F));
+        ASSERT_EQ(FaultOf(bytes), "sound") << step;
+    }
+}
+
+// What a depth of this size does to a recursive reader is a crash.
+TEST(SceneReader, ReadsDeepTrees) {
+    constexpr size_t depth = 50000;
+    Bytes bytes;
+    AddHeader(bytes);
+    for (size_t level = 1; level <= depth; ++level) {
+        AddNode(bytes, "", 0, level < depth ? 1 : 0);
+    }
+    StoredScene scene;
+    ASSERT_FALSE(ReadStoredScene(bytes, scene));
+    EXPECT_EQ(Summarize(scene).Levels, depth);
+}
+
+TEST(SceneReader, NamesThePlaceAndTheReason) {
+    EXPECT_EQ(FaultWith(MeshAt, 0), "at byte 352: mesh record: magic is 00000000, not 42424242");
+    EXPECT_EQ(FaultWith(0, 0x11111112), "at byte 0: file header: magic is 11111112, not 11111111");
+    EXPECT_EQ(FaultWith(4, 108), "at byte 4: file header: version is 0000006C, not 0000006B");
+    EXPECT_EQ(FaultWith(RootAt, 1), "at byte 12: node record: magic is 00000001, not 22222222");
+    EXPECT_EQ(FaultWith(MaterialAt, 1), "at byte 404: material record: magic is 00000001, not 32443244");
+    EXPECT_EQ(FaultWith(RootAt + 328, 0xFFFFFFFF),
+              "at byte 340: node record: mesh count is negative: -1");
+    EXPECT_EQ(FaultWith(RootAt + 328, 0),
+              "at byte 352: end of file: 314 bytes left over behind the last block");
+    EXPECT_EQ(FaultWith(RootAt + 332, 1), "at byte 344: node record: child count is 1, above 0, the "
+                                          "most that the rest of the file can hold");
+    EXPECT_EQ(
+        FaultWith(MeshAt + 4, 100000),
+        "at byte 356: mesh record: vertex count is 100000, above 99999, the most that a mesh can have");
+    EXPECT_EQ(FaultWith(MeshAt + 4, 4), "at byte 546: vertex array: 128 bytes needed, 120 left");
+    EXPECT_EQ(FaultWith(ZerosAt + 4, 0x100), "at byte 647: zero array: byte is 01, not 00");
+    EXPECT_EQ(FaultWith(MeshAt + 8, 2), "at byte 654: index array: 24 bytes needed, 12 left");
+    EXPECT_EQ(FaultWith(MaterialAt + 4, 0),
+              "at byte 408: material record: name length is 0, with no room for the closing NUL");
+    EXPECT_EQ(
+        FaultWith(MaterialAt + 44, 0),
+        "at byte 448: material record: texture path length is 0, with no room for the closing NUL");
+    EXPECT_EQ(FaultWith(MaterialAt + 4, 7), "at byte 540: material name: no NUL at its end");
+    EXPECT_EQ(FaultWith(MaterialAt + 4, 9), "at byte 542: material name: NUL before its end");
+    EXPECT_EQ(FaultWith(MaterialAt + 12, std::bit_cast<uint32_t>(0.5F)),
+              "at byte 416: material record: colour 3F000000 is no byte divided by 255");
+    EXPECT_EQ(FaultWith(IndicesAt + 8, 3),
+              "at byte 662: index array: index 3 isn't below the vertex count 3");
+    EXPECT_EQ(FaultOf({}), "at byte 0: file header: 12 bytes needed, 0 left");
+}
+
+TEST(SceneReader, RefusesColoursThatNoByteGives) {
+    for (const float colour : {-0.0F, -1.0F, 256.0F / 255.0F, 1e30F, 0.1F + 1e-7F,
+                               std::numeric_limits<float>::infinity(), std::nanf("")}) {
+        for (size_t channel = 0; channel < 4; ++channel) {
+            const size_t at = MaterialAt + 12 + channel * 4;
+            const std::string fault = FaultWith(at, std::bit_cast<uint32_t>(colour));
+            EXPECT_TRUE(fault.starts_with("at byte " + std::to_string(at) + ": ")) << colour << fault;
+        }
+    }
+    Bytes textured;
+    AddHeader(textured);
+    AddNode(textured, "", 1, 0);
+    AddMesh(textured, u"", u"t.png", One);
+    EXPECT_EQ(FaultOf(textured), "sound");
+    SetWord(textured, MaterialAt + 16, 0);
+    EXPECT_EQ(FaultOf(textured), "at byte 420: material record: a material with a texture isn't white");
+}
+
+// Each bit of each byte in turn, but for those where any value is a sound one.
+TEST(SceneReader, RefusesEveryWrongByte) {
+    const Bytes sound = SmallFile();
+    for (size_t at = 0; at < sound.size(); ++at) {
+        const bool anyMatrix = at >= RootAt + 260 && at < RootAt + 324;
+        const bool anyVertex = at >= VerticesAt && at < ZerosAt;
+        // A letter may become any other but NUL, and an index any below 3.
+        const bool anyLetter = at >= NameAt && at < PathAt - 2;
+        const bool anyIndex = at >= IndicesAt && at % 4 == IndicesAt % 4;
+        // The name may grow into the field's zeros by its first byte only.
+        const bool rootName = at == RootAt + 4;
+        if (anyMatrix || anyVertex || anyLetter || anyIndex || rootName) {
+            continue;
+        }
+        for (int bit = 0; bit < 8; ++bit) {
+            Bytes bytes = sound;
+            bytes[at] = static_cast<uint8_t>(bytes[at] ^ (1U << bit));
+            StoredScene scene;
+            const auto fault = ReadStoredScene(bytes, scene);
+            ASSERT_TRUE(fault) << "byte " << at << " bit " << bit;
+            EXPECT_LE(fault->Offset, sound.size()) << "byte " << at;
+            const bool count =
+                (at >= RootAt + 328 && at < RootAt + 336) || (at >= MeshAt + 4 && at < MeshAt + 12);
+            const bool length = (at >= MaterialAt + 4 && at < MaterialAt + 8) ||
+                                (at >= MaterialAt + 44 && at < MaterialAt + 48);
+            if (!count && !length) {
+                EXPECT_LE(fault->Offset, at);
+                EXPECT_GT(fault->Offset + 4, at) << "found in another word than it lies in";
+            }
+        }
+    }
+}
+
+TEST(SceneReader, RefusesNodeNamesThatAreNotClosed) {
+    Bytes bytes;
+    AddHeader(bytes);
+    AddNode(bytes, std::string(256, 'x'), 0, 0);
+    EXPECT_EQ(FaultOf(bytes), "at byte 16: node record: no NUL in the name");
+    bytes[RootAt + 4 + 10] = 0;
+    EXPECT_EQ(FaultOf(bytes), "at byte 27: node record: byte behind the name's NUL is 78, not 00");
+}
+
+TEST(SceneReader, RefusesEveryOtherLength) {
+    Bytes file;
+    AddHeader(file);
+    AddNode(file, "", 1, 2);
+    AddMesh(file, u"Brick", u"maps\\a.png", One);
+    AddNode(file, "a", 1, 0);
+    AddMesh(file, u"Glass", u"", 0);
+    AddNode(file, "b", 0, 0);
+    ASSERT_EQ(FaultOf(file), "sound");
+    for (size_t length = 0; length < file.size(); ++length) {
+        // A buffer of exactly that size, so that a sanitizer sees a read past its end.
+        const Bytes bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
+        StoredScene scene;
+        const auto fault = ReadStoredScene(bytes, scene);
+        ASSERT_TRUE(fault) << length;
+        EXPECT_LE(fault->Offset, length);
+    }
+    file.push_back(0);
+    EXPECT_EQ(FaultOf(file), "at byte " + std::to_string(file.size() - 1) +
+                                 ": end of file: 1 bytes left over behind the last block");
+}
+
+// Believing one of these counts would take gigabytes, and so fail or be felt.
+TEST(SceneReader, DoesNotBelieveHostileCounts) {
+    for (const uint32_t count : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        for (const size_t at :
+             {RootAt + 328, RootAt + 332, MeshAt + 4, MeshAt + 8, MaterialAt + 4, MaterialAt + 44}) {
+            const std::string fault = FaultWith(at, count);
+            EXPECT_TRUE(fault.starts_with("at byte ")) << "count at " << at << ": " << fault;
+        }
+    }
+}
+
+// Each node alone claims no more children than the rest of the file could hold, but not both of them.
+TEST(SceneReader, AddsUpWhatNodesClaim) {
+    Bytes bytes;
+    AddHeader(bytes);
+    AddNode(bytes, "", 0, 3);
+    AddNode(bytes, "", 0, 2);
+    AddNode(bytes, "", 0, 0);
+    AddNode(bytes, "", 0, 0);
+    EXPECT_EQ(FaultOf(bytes), "at byte 684: node record: child count is 2, above 0, the most that the "
+                              "rest of the file can hold");
+}
+
+TEST(SceneReader, TellsOfFilesThatCannotBeRead) {
+    StoredScene scene;
+    auto fault = ReadStoredSceneFile(u"no-such-directory/scene.bin", scene);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(FaultText(*fault), u"at byte 0: the file can't be opened");
+    EXPECT_TRUE(ReadStoredSceneFile(u".", scene)) << "a directory";
+}
+
+TEST(SceneReaderSummary, CountsWhatTheSceneHolds) {
+    Bytes bytes;
+    AddHeader(bytes);
+    AddNode(bytes, "", 1, 1);
+    AddMesh(bytes, u"Brick", u"", 0);
+    AddNode(bytes, "", 2, 0);
+    AddMesh(bytes, u"Brick", u"", 0);
+    AddMesh(bytes, u"Brick", u"", One);
+    StoredScene scene;
+    ASSERT_FALSE(ReadStoredScene(bytes, scene));
+    scene.Nodes[1].Matrix[12] = std::numeric_limits<float>::infinity();
+    std::vector<StoredVertex>& vertices = scene.Nodes[1].Meshes[1].Vertices;
+    vertices[0].Position = {-4, 100, 0};
+    vertices[1].U = std::nanf("");
+    vertices[2].Position[1] = std::nanf("");
+    const SceneSummary summary = Summarize(scene);
+    EXPECT_EQ(summary.Nodes, 2U);
+    EXPECT_EQ(summary.Levels, 2U);
+    EXPECT_EQ(summary.NodesWithMatrix, 1U);
+    EXPECT_EQ(summary.Meshes, 3U);
+    EXPECT_EQ(summary.Vertices, 9U);
+    EXPECT_EQ(summary.Triangles, 3U);
+    // The vertices of AddMesh stand in one line; the third mesh has a corner that is nowhere.
+    EXPECT_EQ(summary.DegenerateTriangles, 3U);
+    EXPECT_EQ(summary.NonFiniteNumbers, 3U);
+    ASSERT_TRUE(summary.Bounds);
+    EXPECT_EQ(summary.Bounds->Minimum, (std::array<float, 3>{-4, 1.5F, 0}));
+    EXPECT_EQ(summary.Bounds->Maximum, (std::array<float, 3>{16.5F, 100, 18.5F}));
+    ASSERT_EQ(summary.Materials.size(), 2U);
+    EXPECT_EQ(summary.Materials[0].Meshes, 2U);
+    EXPECT_EQ(summary.Materials[1].Triangles, 1U);
+
+    vertices[0].Position = {0, 0, 0};
+    vertices[1].Position = {1, 0, 0};
+    vertices[2].Position = {0, 0, 1e-20F};
+    EXPECT_EQ(Summarize(scene).DegenerateTriangles, 2U) << "small isn't degenerate";
+}
+
+TEST(SceneReaderSummary, KeepsControlCharactersFromTheTerminal) {
+    SceneSummary summary;
+    summary.Materials.push_back({{u"a\x1B[2J\x9Bü", u"", {0, 0.2F, 1, 1}}, 1, 2});
+    const std::string text = Utf8FromUtf16(SummaryText(summary));
+    EXPECT_NE(text.find("\"a\\x1B[2J\\x9Bü\" rgba 0 0.2 1 1, 2 triangles in 1 meshes"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find('\x1B'), std::string::npos);
+}
+
+} // namespace
