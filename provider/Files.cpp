@@ -1,0 +1,39 @@
+// Whole files, read and written at once.
+#include "provider/Files.h"
+
+#include "platform/Platform.h"
+
+#include <cstdio>
+#include <memory>
+
+constexpr size_t ReadSize = 1 << 20; // bytes
+
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes) {
+    const auto close = [](std::FILE* file) {
+        std::fclose(file);
+    };
+    const std::unique_ptr<std::FILE, decltype(close)> file(OpenForReading(path), close);
+    if (file == nullptr) {
+        return false;
+    }
+    bytes.clear();
+    size_t count = 0;
+    do {
+        const size_t size = bytes.size();
+        bytes.resize(size + ReadSize);
+        count = std::fread(bytes.data() + size, 1, ReadSize, file.get());
+        bytes.resize(size + count);
+    } while (count == ReadSize);
+    return std::ferror(file.get()) == 0;
+}
+
+bool WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) {
+    std::FILE* file = OpenForWriting(path);
+    if (file == nullptr) {
+        return false;
+    }
+    const bool written =
+        bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    // Buffered bytes can still fail to go out here.
+    return std::fclose(file) == 0 && written;
+}

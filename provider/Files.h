@@ -1,0 +1,13 @@
+// Whole files, read and written at once.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+// Gives false when the file can't be opened or read to its end.
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes);
+
+// Creates or replaces the file. Gives false when it can't be opened or not all bytes went out.
+bool WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes);

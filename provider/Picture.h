@@ -1,0 +1,25 @@
+// Pictures of textures and images: PNG, JPEG, BMP or TGA in, PNG out.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+// Pixels per side, and in all, of the largest picture taken: keeps a small file from asking for
+// gigabytes.
+constexpr uint32_t LargestPictureSide = 32768;
+constexpr uint64_t LargestPicturePixels = uint64_t{1} << 27;
+
+// A picture as its file has it; it is decoded again when it is written.
+struct ModelPicture {
+    std::vector<uint8_t> Bytes;
+    uint32_t Width = 0; // pixels, above 0
+    uint32_t Height = 0;
+    bool SoundPng = false; // Bytes is a PNG file with correct checksums
+};
+
+// Takes over the bytes of a picture file after decoding it once for a check. Gives null, or the reason
+// why the bytes can't be used, which completes the sentence "the picture ...".
+const char* LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture);
+
+// The picture as a PNG file: its own bytes if they are one. Gives false when it can't be made.
+bool EncodePng(const ModelPicture& picture, std::vector<uint8_t>& png);

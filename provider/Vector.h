@@ -1,0 +1,49 @@
+// Points and vectors in double precision, as a model has them. Pure arithmetic: no units, no limits.
+#pragma once
+
+#include <cmath>
+
+struct Point3 {
+    double X = 0.0;
+    double Y = 0.0;
+    double Z = 0.0;
+};
+
+constexpr Point3 operator+(Point3 a, Point3 b) {
+    return {a.X + b.X, a.Y + b.Y, a.Z + b.Z};
+}
+
+constexpr Point3 operator-(Point3 a, Point3 b) {
+    return {a.X - b.X, a.Y - b.Y, a.Z - b.Z};
+}
+
+constexpr Point3 operator*(double factor, Point3 a) {
+    return {factor * a.X, factor * a.Y, factor * a.Z};
+}
+
+constexpr bool operator==(Point3 a, Point3 b) {
+    return a.X == b.X && a.Y == b.Y && a.Z == b.Z;
+}
+
+constexpr double Dot(Point3 a, Point3 b) {
+    return a.X * b.X + a.Y * b.Y + a.Z * b.Z;
+}
+
+constexpr Point3 Cross(Point3 a, Point3 b) {
+    return {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
+}
+
+inline double Length(Point3 a) {
+    return std::hypot(a.X, a.Y, a.Z);
+}
+
+// The vector of length 1 in the direction of a. Gives false, and leaves unit alone, when a has no length
+// or no finite one.
+inline bool MakeUnit(Point3 a, Point3& unit) {
+    const double length = Length(a);
+    if (!(length > 0.0) || !std::isfinite(length)) {
+        return false;
+    }
+    unit = {a.X / length, a.Y / length, a.Z / length};
+    return true;
+}

@@ -1,0 +1,50 @@
+// Helpers for the tests of the provider: documents and pictures as files below the test directory.
+#pragma once
+
+#include "platform/Platform.h"
+#include "provider/Files.h"
+#include "provider/OpenModel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The directory of the running test, with its closing separator. Made at the first call.
+inline std::u16string ProviderTestDirectory() {
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string(test->test_suite_name()) + "." + test->name();
+    std::ranges::replace(name, '/', '.');
+    const std::u16string directory = Utf16FromUtf8(testing::TempDir() + name);
+    CreateOneDirectory(directory);
+    return directory + u"/";
+}
+
+// Writes a file into the test's directory and gives its path.
+inline std::u16string WriteTestFile(std::u16string_view name, const std::vector<uint8_t>& bytes) {
+    const std::u16string path = ProviderTestDirectory() + std::u16string(name);
+    EXPECT_TRUE(WriteWholeFile(path, bytes));
+    return path;
+}
+
+inline std::u16string WriteTestText(std::u16string_view name, std::string_view text) {
+    return WriteTestFile(name, std::vector<uint8_t>(text.begin(), text.end()));
+}
+
+// Opens a document with the given members besides the version.
+inline bool OpenDocument(std::string_view members, Model& model, std::string& error) {
+    const std::string text = "{\"orvaneModel\": 1, " + std::string(members) + "}";
+    return OpenModel(WriteTestText(u"model.json", text), model, error);
+}
+
+// A TGA file of 24 bits per pixel, row by row from the top, three bytes blue, green, red per pixel.
+inline std::vector<uint8_t> TgaFile(uint8_t width, uint8_t height, const std::vector<uint8_t>& pixels) {
+    const uint8_t header[] = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, width, 0, height, 0, 24, 0x20};
+    std::vector<uint8_t> bytes(sizeof header + pixels.size());
+    std::ranges::copy(header, bytes.begin());
+    std::ranges::copy(pixels, bytes.begin() + sizeof header);
+    return bytes;
+}

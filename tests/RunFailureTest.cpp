@@ -1,0 +1,293 @@
+// What a failing, silent or lying library call leaves out of a scene, and what goes on without it.
+#include "support/ScriptedRun.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+
+namespace {
+
+constexpr uint64_t AllCalls = 0;
+
+Json Entities(const std::vector<Json>& faces) {
+    return Faces(faces)["entities"];
+}
+
+// A model with every kind of element twice, and once more on an invisible layer; with null handles in
+// its lists and one material listed twice.
+Json Reference() {
+    const Json hidden = 0;
+    Json onLayer = Triangle(9);
+    onLayer["layer"] = hidden;
+    Json script;
+    script["materials"] = List({{{"name", "brick"}, {"texture", {{"file", "brick.jpg"}}}},
+                                {{"name", "red"}},
+                                {{"name", "glass"}, {"useOpacity", true}, {"opacity", 0.5}}});
+    script["materialList"] = {0, nullptr, 1, 1, 2};
+    script["layers"] = List({{{"visible", false}}});
+    script["definitions"] = List({Entities({Triangle()})});
+    Json& root = script["entities"];
+    root["faces"] = List({Triangle(0, 0), nullptr, Triangle(2, nullptr, 1), onLayer});
+    root["images"] = List(
+        {{{"file", "a.png"}}, nullptr, {{"file", "b.png"}}, {{"file", "c.png"}, {"layer", hidden}}});
+    root["groups"] =
+        List({{{"name", "Wall"}, {"material", 1}, {"entities", Entities({Triangle()})}},
+              nullptr,
+              {{"name", "Roof"}, {"entities", Entities({Triangle()})}},
+              {{"name", "Attic"}, {"layer", hidden}, {"entities", Entities({Triangle()})}}});
+    root["instances"] = List({{{"definition", 0}, {"material", 2}},
+                              nullptr,
+                              {{"definition", 0}},
+                              {{"definition", 0}, {"layer", hidden}}});
+    return script;
+}
+
+const std::string Root = "Default:1 brick@1:2 red:1 @2:4 @3:4";
+const std::string Groups = " ['Wall' red:2] ['Roof' Default:2]";
+const std::string Instances = " [glass:2] [Default:2]";
+const std::string Whole = Root + Groups + Instances;
+
+const std::string NoTable =
+    "Default:4 @1:4 @2:4 ['Wall' Default:2] ['Roof' Default:2] [Default:2] [Default:2]";
+const std::string NoFaces = "@2:4 @3:4" + Groups + Instances;
+const std::string NoImages = "Default:1 brick@1:2 red:1" + Groups + Instances;
+const std::string NoBrick = "Default:3 red:1 @2:4 @3:4" + Groups + Instances;
+const std::string NoFirstFace = "Default:1 red:1 @2:4 @3:4" + Groups + Instances;
+const std::string NoFirstFront = "Default:1 brick@1:1 red:1 @2:4 @3:4" + Groups + Instances;
+const std::string NoFirstImage = "Default:1 brick@1:2 red:1 @3:4" + Groups + Instances;
+const std::string PlainBrick = "Default:1 brick:2 red:1 @1:4 @2:4" + Groups + Instances;
+const std::string NamelessWall = Root + " [red:2] ['Roof' Default:2]" + Instances;
+const std::string NoWall = Root + " ['Roof' Default:2]" + Instances;
+const std::string NoGlass = Root + Groups + " [Default:2]";
+const std::string AllShown = "Default:3 brick@1:2 red:1 @2:4 @3:4 @4:4" + Groups +
+                             " ['Attic' Default:2]" + Instances + " [Default:2]";
+const std::string UnpaintedWall = Root + " ['Wall' Default:2] ['Roof' Default:2]" + Instances;
+const std::string UnpaintedGlass = Root + Groups + " [Default:2] [Default:2]";
+
+// The operation, the call, the kinds of fault that all have the same effect, and the scene then.
+struct Row {
+    const char* Operation;
+    uint64_t Call;
+    std::vector<const char*> Kinds;
+    std::string Scene;
+    std::vector<uint64_t> Counts; // Counts that have that effect too.
+};
+
+constexpr uint64_t TooMany = uint64_t(1) << 31;
+constexpr uint64_t FarTooMany = uint64_t(1) << 63;
+
+const std::vector<const char*> Any = {"fail", "fail late", "silent"};
+const std::vector<const char*> AnyOrNull = {"fail", "fail late", "silent", "null"};
+const std::vector<const char*> Failing = {"fail", "fail late"};
+
+const Row Rows[] = {
+    {"SUModelGetNumAllMaterials", 1, Any, NoTable, {0, 6, TooMany, FarTooMany}},
+    {"SUModelGetAllMaterials", 1, Any, NoTable, {0, 4, 6}},
+    {"SUModelRelease", 1, Any, Whole, {}},
+
+    {"SUEntitiesGetNumFaces", 1, Any, NoFaces, {0, TooMany, FarTooMany}},
+    {"SUEntitiesGetNumFaces", 1, {}, Whole, {5}}, // One null handle more.
+    {"SUEntitiesGetFaces", 1, Any, NoFaces, {}},
+    {"SUEntitiesGetFaces", 1, {}, Whole, {0, 1, 99}}, // The returned count doesn't matter here.
+    {"SUEntitiesGetNumGroups", 1, Any, Root + Instances, {0, 5, TooMany, FarTooMany}},
+    {"SUEntitiesGetGroups", 1, Any, Root + Instances, {0, 3, 5}},
+    // The lists of the two groups are asked first.
+    {"SUEntitiesGetNumInstances", 3, Any, Root + Groups, {0, 5, TooMany, FarTooMany}},
+    {"SUEntitiesGetInstances", 1, Any, Root + Groups, {0, 3, 5}},
+    {"SUEntitiesGetNumImages", 1, Any, NoImages, {0, 5, TooMany, FarTooMany}},
+    {"SUEntitiesGetImages", 1, Any, NoImages, {0, 3, 5}},
+
+    {"SUFaceGetFrontMaterial", 1, AnyOrNull, NoBrick, {}},
+    {"SUFaceGetBackMaterial", 2, AnyOrNull, "Default:2 brick@1:2 @2:4 @3:4" + Groups + Instances, {}},
+    {"SUFaceGetPlane", AllCalls, Any, Whole, {}},
+    {"SUFaceGetUVHelper", 1, AnyOrNull, NoFirstFace, {}},
+    {"SUMeshHelperCreateWithUVHelper", 1, AnyOrNull, NoFirstFace, {}},
+    {"SUMeshHelperGetNumTriangles", 1, Any, NoFirstFront, {0, TooMany, TooMany / 3 + 1, FarTooMany}},
+    {"SUMeshHelperGetNumVertices", 1, Any, NoFirstFront, {0, 2, TooMany, FarTooMany}},
+    {"SUMeshHelperGetVertices", 1, Any, NoFirstFront, {2, 4}},
+    {"SUMeshHelperGetNormals", 1, Any, NoFirstFront, {2, 4}},
+    {"SUMeshHelperGetFrontSTQCoords", 1, Any, Whole, {2, 4}},
+    {"SUMeshHelperGetBackSTQCoords", 1, Any, Whole, {2, 4}},
+    {"SUMeshHelperGetVertexIndices", 1, Any, NoFirstFront, {0, 2, 4}},
+    {"SUUVHelperRelease", AllCalls, Any, Whole, {}},
+
+    {"SUMaterialGetName", 1, Any, "Default:1 @1:2 red:1 @2:4 @3:4" + Groups + Instances, {}},
+    {"SUMaterialGetColor", AllCalls, Any, Whole, {}},
+    {"SUMaterialGetType", AllCalls, {"fail", "silent"}, PlainBrick, {}},
+    {"SUMaterialGetType", AllCalls, {"fail late"}, Whole, {}},
+    {"SUMaterialGetTexture", AllCalls, Failing, PlainBrick, {}},
+    {"SUMaterialGetTexture", 1, {"silent", "null"}, Whole, {}}, // Textured, the file name unknown.
+    {"SUTextureGetFileName", 1, Any, Whole, {}},
+    {"SUTextureGetDimensions", AllCalls, Any, Whole, {}},
+
+    {"SUImageGetFileName", 1, Any, "Default:5 brick@1:2 red:1 @2:4" + Groups + Instances, {}},
+    {"SUImageGetTransform", 1, Failing, NoImages, {}},
+    {"SUImageGetTransform", 2, Failing, "Default:1 brick@1:2 red:1 @2:4" + Groups + Instances, {}},
+    {"SUImageRepCreate", 1, AnyOrNull, NoFirstImage, {}},
+    {"SUImageGetImageRep", 1, Any, NoFirstImage, {}},
+    {"SUImageRepGetPixelDimensions", 1, Any, NoFirstImage, {0}},
+    {"SUImageRepRelease", AllCalls, Any, Whole, {}},
+    {"SUTextureWriterLoadEntity", AllCalls, {"fail"}, Whole, {}},
+
+    {"SUGroupGetName", 1, Any, NamelessWall, {}},
+    {"SUGroupGetTransform", 1, Failing, Root + Instances, {}},
+    {"SUGroupGetTransform", 2, Failing, Root + " ['Wall' red:2]" + Instances, {}},
+    {"SUGroupGetEntities", 1, Failing, NoWall, {}},
+    {"SUGroupGetEntities", 1, {"silent", "null"}, Root + " ['Wall'] ['Roof' Default:2]" + Instances, {}},
+    {"SUComponentInstanceGetDefinition", 1, AnyOrNull, NoGlass, {}},
+    {"SUComponentDefinitionGetEntities", 1, AnyOrNull, NoGlass, {}},
+    {"SUComponentInstanceGetTransform", 1, Failing, Root + Groups, {}},
+    {"SUComponentInstanceGetTransform", 2, Failing, Root + Groups + " [glass:2]", {}},
+
+    {"SUDrawingElementGetHidden", AllCalls, Failing, AllShown, {}},
+    {"SUDrawingElementGetHidden", AllCalls, {"silent"}, Whole, {}},
+    {"SUDrawingElementGetLayer", AllCalls, AnyOrNull, AllShown, {}},
+    {"SULayerGetVisibility", AllCalls, Any, AllShown, {}},
+    {"SUDrawingElementGetMaterial", 1, AnyOrNull, UnpaintedWall, {}},
+    {"SUDrawingElementGetMaterial", 3, AnyOrNull, UnpaintedGlass, {}},
+    {"SUFaceToDrawingElement",
+     3,
+     {"null"},
+     "Default:3 brick@1:2 red:1 @2:4 @3:4" + Groups + Instances,
+     {}},
+    {"SUImageToDrawingElement", 3, {"null"}, Root + " @4:4" + Groups + Instances, {}},
+    {"SUGroupToDrawingElement", 3, {"null"}, Root + Groups + " ['Attic' Default:2]" + Instances, {}},
+    {"SUGroupToDrawingElement", 1, {"null"}, UnpaintedWall, {}},
+    {"SUComponentInstanceToDrawingElement", 1, {"null"}, UnpaintedGlass, {}},
+
+    // The seventh text is the name of the first group, the fifth that of the first image.
+    {"SUStringCreate", 7, {"fail", "silent", "null"}, NamelessWall, {}},
+    {"SUStringCreate",
+     5,
+     {"fail", "silent", "null"},
+     "Default:5 brick@1:2 red:1 @2:4" + Groups + Instances,
+     {}},
+    {"SUStringGetUTF16", 7, {"fail", "silent"}, NamelessWall, {}},
+    {"SUStringRelease", AllCalls, Any, Whole, {}},
+};
+
+void ExpectScene(const Row& row, const char* kind, uint64_t count) {
+    SCOPED_TRACE(testing::Message() << row.Operation << " " << row.Call << " " << kind << " " << count);
+    Json script = Reference();
+    script["faults"] = Faults(row.Operation, row.Call, kind, count);
+    EXPECT_EQ(Shape(Convert(script)), row.Scene);
+}
+
+void RunWith(ScriptedRun& run, const Json& fault) {
+    Json script = Reference();
+    script["faults"] = List({fault});
+    RunScript(run, script);
+}
+
+std::string OperationOf(const std::string& call) {
+    return call.substr(0, call.find(' '));
+}
+
+// What the failure of one call makes of the run: the operation, and whether it is its first call.
+int ExpectedExitCode(const std::string& operation, bool first) {
+    if (operation == "SUModelCreateFromFile")
+        return 10;
+    if (operation == "SUTextureWriteToFile" || operation == "SUTextureWriterWriteTexture")
+        return 12;
+    // The first material counts as untextured, has no path for a picture, but has one to write later.
+    if (first && (operation == "SUMaterialGetTexture" || operation == "SUMaterialGetType"))
+        return 12;
+    return operation == "SUModelGetEntities" || operation == "SUTextureWriterCreate" ? 13 : 0;
+}
+
+} // namespace
+
+TEST(RunFailure, TheReferenceModelIsWhole) {
+    EXPECT_EQ(Shape(Convert(Reference())), Whole);
+}
+
+TEST(RunFailure, EachFaultLeavesOutItsOwnAndNoMore) {
+    for (const Row& row : Rows) {
+        for (const char* kind : row.Kinds)
+            ExpectScene(row, kind, 0);
+        for (const uint64_t count : row.Counts)
+            ExpectScene(row, "count", count);
+    }
+}
+
+TEST(RunFailure, EveryCallMayFail) {
+    constexpr int Often = 4; // Calls of one operation that are tried; further ones tell little more.
+    ScriptedRun whole;
+    RunWith(whole, {{"operation", "none"}, {"kind", "fail"}});
+    ASSERT_GT(whole.Calls.size(), 300u);
+    std::map<std::string, int> seen;
+    for (size_t call = 1; call <= whole.Calls.size(); ++call) {
+        const std::string operation = OperationOf(whole.Calls[call - 1]);
+        if (++seen[operation] > Often)
+            continue;
+        SCOPED_TRACE(testing::Message() << call << ": " << operation);
+        ScriptedRun run;
+        RunWith(run, {{"operation", "*"}, {"kind", "fail"}, {"call", call}});
+        EXPECT_EQ(run.Result.ExitCode, ExpectedExitCode(operation, seen[operation] == 1));
+    }
+    EXPECT_EQ(seen.size(), 64u); // The reference model uses all there is.
+}
+
+TEST(RunFailure, EveryCallMayBeTheFirstOfManyToFail) {
+    constexpr size_t Step = 7; // Each call would take long and tell little more.
+    ScriptedRun whole;
+    RunWith(whole, {{"operation", "none"}, {"kind", "fail"}});
+    for (size_t call = 1; call <= whole.Calls.size(); call += Step) {
+        SCOPED_TRACE(testing::Message() << call << ": " << whole.Calls[call - 1]);
+        ScriptedRun run;
+        RunWith(run, {{"operation", "*"}, {"kind", "fail"}, {"from", call}});
+        EXPECT_TRUE(std::set({0, 10, 12, 13}).count(run.Result.ExitCode)) << run.Result.ExitCode;
+        EXPECT_EQ(std::filesystem::exists(run.SceneFile), run.Result.ExitCode == 0);
+    }
+}
+
+// Texts without a closing NUL fill their buffer; the program has to end them itself.
+TEST(RunFailure, ATextWithoutItsEndIsCutAtTheLimit) {
+    Json script = Reference();
+    script["faults"] = Faults("SUStringGetUTF16", AllCalls, "unterminated");
+    const StoredScene scene = Convert(script);
+    ASSERT_GT(scene.Nodes.size(), 2u);
+    const std::u16string text(260, u'x');
+    EXPECT_EQ(scene.Nodes[0].Meshes[1].Material.Name, text);
+    EXPECT_EQ(scene.Nodes[2].Name, std::string(255, 'x'));
+}
+
+// Vertex indices outside the vertices: that side has no polygon, and its picture isn't written.
+TEST(RunFailure, AnIndexOutOfRangeLosesTheSide) {
+    for (const uint64_t index :
+         {uint64_t(3), uint64_t(0xFFFFFFFF), uint64_t(0x80000000), ~uint64_t(0)}) {
+        Json broken = Triangle(0, 0);
+        broken["indices"] = {0, 1, 2, 0, 1, index};
+        Json script = Reference();
+        script["entities"]["faces"] = List({broken, Triangle(2)});
+        ScriptedRun run;
+        RunScript(run, script);
+        EXPECT_EQ(Shape(SceneOf(run)), "Default:2 @2:4 @3:4" + Groups + Instances) << index;
+        EXPECT_FALSE(std::filesystem::exists(run.Folder.Path / "out" / "house_Texture1.png"));
+    }
+    Json wrapped = Triangle();
+    wrapped["indices"] = {0, 1, (uint64_t(7) << 32) + 2};
+    EXPECT_EQ(Shape(Convert(Faces({wrapped}))), "Default:2");
+}
+
+// Numbers that are none go through to the scene file; welding, on either path, has to bear them.
+TEST(RunFailure, NumbersThatAreNoneEndNothing) {
+    for (const int triangles : {4, 200}) {
+        Json list = Json::array();
+        for (int i = 0; i < triangles; ++i)
+            list.push_back(Triangle(i));
+        list[0]["vertices"] = {{"nan", 0, 0}, {1, "nan", 0}, {0, 1, "inf"}};
+        list[1]["normals"] = {{"nan", 0, 0}, {1, "inf", 0}, {0, 1, "inf"}};
+        list[2]["frontStq"] = {{1, 1, 0}, {0, 0, 0}, {"inf", 0, 1}};
+        list[3]["vertices"] = {{1e300, 0, 0}, {1, -1e300, 0}, {3e38, 3e38, 3e38}};
+        const StoredScene scene = Convert(Faces(list));
+        EXPECT_EQ(Shape(scene), "Default:" + std::to_string(2 * triangles));
+    }
+    for (const char* kind : {"silent"})
+        for (const char* operation :
+             {"SUGroupGetTransform", "SUComponentInstanceGetTransform", "SUImageGetTransform"}) {
+            Json script = Reference();
+            script["faults"] = Faults(operation, AllCalls, kind);
+            EXPECT_EQ(Shape(Convert(script)), Whole) << operation;
+        }
+}

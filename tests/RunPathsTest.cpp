@@ -1,0 +1,228 @@
+// Paths on the command line: forms, directories, limits and characters.
+#include "platform/Platform.h"
+#include "support/ScriptedRun.h"
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr size_t PathLimit = 259; // UTF-16 units, or bytes of UTF-8 where the library gets the path.
+
+Json Textured() {
+    Json script = Faces({Triangle(0, 0)});
+    script["materials"] = List({{{"name", "brick"}, {"texture", {{"file", "brick.jpg"}}}}});
+    return script;
+}
+
+// A relative path of exactly this many units: folders of 100 units, then the last component.
+std::u16string PathOfLength(size_t length, const std::u16string& last, char16_t unit = u'd') {
+    std::u16string path;
+    for (size_t rest = length - last.size(); rest > 0;) {
+        const size_t part = rest > 102 ? 101 : rest;
+        path += std::u16string(part - 1, unit) + u"\\";
+        rest -= part;
+    }
+    return path + last;
+}
+
+fs::path FileAt(const ScriptedRun& run, std::u16string path) {
+    for (char16_t& unit : path)
+        unit = unit == u'\\' ? u'/' : unit;
+    return run.Folder.Path / fs::path(path);
+}
+
+// Puts the model, the scene file and the log at these relative paths.
+void Place(ScriptedRun& run, const std::u16string& source, const std::u16string& destination,
+           const std::u16string& log) {
+    run.Source = source;
+    run.Destination = destination;
+    run.Log = log;
+    run.ModelFile = FileAt(run, source);
+    run.SceneFile = FileAt(run, destination);
+    run.LogFile = FileAt(run, log);
+}
+
+void ExpectSuccess(const ScriptedRun& run, const std::u16string& picture) {
+    ExpectOutcome(
+        run, 0,
+        {u"Importing {src} to {dest}", u"Writing: " + picture, u"Success. {src} imported to {dest}"});
+    EXPECT_EQ(Shape(SceneOf(run)), "brick@1:2");
+}
+
+} // namespace
+
+TEST(RunPaths, TheRelativeDirectoryGetsABackslashAndNothingElse) {
+    const std::pair<const char16_t*, const char16_t*> rows[] = {
+        {u"maps", u"maps\\"}, {u"maps\\", u"maps\\"}, {u"", u""},
+        {u"a/b/", u"a/b/\\"}, {u".\\x", u".\\x\\"},   {u"C:\\a b\\..", u"C:\\a b\\..\\"},
+        {u"日本", u"日本\\"},
+    };
+    for (const auto& [given, stored] : rows) {
+        ScriptedRun run;
+        run.RelativeDirectory = given;
+        RunScript(run, Textured());
+        ASSERT_EQ(run.Result.ExitCode, 0);
+        EXPECT_EQ(SceneOf(run).Nodes[0].Meshes[0].Material.TexturePath,
+                  std::u16string(stored) + u"house_Texture1.png");
+        EXPECT_EQ(FilesBelow(run.Folder.Path).size(), 4u);
+    }
+}
+
+// The scene file's path as given, the path of its texture in the log, and the files in the end.
+TEST(RunPaths, FormsOfTheScenePath) {
+    struct Form {
+        const char16_t* Destination;
+        const char16_t* Picture;
+        const char* SceneFile;
+        const char* PictureFile;
+    };
+    const Form forms[] = {
+        {u"house.bin", u"house_Texture1.png", "house.bin", "house_Texture1.png"},
+        {u".\\house.bin", u"house_Texture1.png", "house.bin", "house_Texture1.png"},
+        {u".\\.\\house.bin", u"house_Texture1.png", "house.bin", "house_Texture1.png"},
+        {u"out\\house", u"out\\house_Texture1.png", "out/house", "out/house_Texture1.png"},
+        {u"out\\a.b.c", u"out\\a.b_Texture1.png", "out/a.b.c", "out/a.b_Texture1.png"},
+        {u"out\\.bin", u"out\\_Texture1.png", "out/.bin", "out/_Texture1.png"},
+        {u"a\\b\\c.d\\house.bin", u"a\\b\\c.d\\house_Texture1.png", "a/b/c.d/house.bin",
+         "a/b/c.d/house_Texture1.png"},
+        {u"in\\..\\up\\house.bin", u"in\\..\\up\\house_Texture1.png", "up/house.bin",
+         "up/house_Texture1.png"},
+        {u"out/deep/house.bin", u"out/deep/\\house_Texture1.png", "out/deep/house.bin",
+         "out/deep/house_Texture1.png"},
+        {u"out\\deep/house.bin", u"out\\deep/\\house_Texture1.png", "out/deep/house.bin",
+         "out/deep/house_Texture1.png"},
+        {u"out\\\\deep\\\\\\house.bin", u"out\\\\deep\\\\\\house_Texture1.png", "out/deep/house.bin",
+         "out/deep/house_Texture1.png"},
+        {u"100%s%d%n\\x%s.bin", u"100%s%d%n\\x%s_Texture1.png", "100%s%d%n/x%s.bin",
+         "100%s%d%n/x%s_Texture1.png"},
+        {u"häuser\\日本 😀.bin", u"häuser\\日本 😀_Texture1.png", "häuser/日本 😀.bin",
+         "häuser/日本 😀_Texture1.png"},
+    };
+    for (const Form& form : forms) {
+        SCOPED_TRACE(form.SceneFile);
+        ScriptedRun run;
+        Place(run, u"in\\modell ü %s.skp", form.Destination, u"logs 日本\\%d\\run.log");
+        run.SceneFile = run.Folder.Path / fs::path(Utf16FromUtf8(form.SceneFile));
+        RunScript(run, Textured());
+        ExpectSuccess(run, form.Picture);
+        EXPECT_EQ(run.Calls[1], "SUModelCreateFromFile " + Utf8FromUtf16(run.Source));
+        EXPECT_TRUE(fs::exists(run.Folder.Path / fs::path(Utf16FromUtf8(form.PictureFile))));
+        EXPECT_EQ(FilesBelow(run.Folder.Path).size(), 4u);
+    }
+}
+
+TEST(RunPaths, ADriveLetterIsDroppedWhereThereAreNoDrives) {
+    if (!fs::temp_directory_path().root_name().empty())
+        GTEST_SKIP() << "there are drives";
+    ScriptedRun run;
+    run.Source = u"C:" + run.Source;
+    run.Destination = u"d:" + run.Destination;
+    run.Log = u"E:" + run.Log;
+    RunScript(run, Textured());
+    ExpectSuccess(run, u"{out}house_Texture1.png");
+}
+
+// A last directory that is all extension is not created, nor is one where a file stands.
+TEST(RunPaths, ADirectoryThatCanNotBeCreatedShowsAtTheSceneFile) {
+    for (const char16_t* destination :
+         {u".cache\\house.bin", u"in\\house.skp\\house.bin", u"", u"out\\"}) {
+        ScriptedRun run;
+        run.Destination = destination;
+        RunScript(run, Faces({Triangle()}));
+        ExpectOutcome(run, 11, {u"Importing {src} to {dest}", u"Error writing {dest}"});
+        EXPECT_FALSE(fs::exists(run.Folder.Path / ".cache"));
+    }
+    ScriptedRun run;
+    run.SceneFile = run.Folder.Path / ".cache" / "house.bin";
+    run.Destination = u".cache\\house.bin";
+    fs::create_directories(run.SceneFile.parent_path());
+    RunScript(run, Textured());
+    ExpectSuccess(run, u".cache\\house_Texture1.png");
+}
+
+TEST(RunPaths, TheTexturePrefixOfAnEmptyLastComponentIsAnUnderscore) {
+    ScriptedRun run;
+    run.Destination = u"out\\";
+    RunScript(run, Textured());
+    ExpectOutcome(
+        run, 11,
+        {u"Importing {src} to {dest}", u"Writing: out\\_Texture1.png", u"Error writing {dest}"});
+}
+
+TEST(RunPaths, ASourceAboveTheLimitIsNotOpened) {
+    for (const bool wide : {false, true})
+        for (const size_t beyond : {0u, 1u}) {
+            ScriptedRun run;
+            // In the wide case the limit is met in UTF-8: 50 units of two bytes, then one byte each.
+            const std::u16string last = u"house.skp";
+            const std::u16string source =
+                wide ? PathOfLength(51, u"", u'ü') + PathOfLength(PathLimit - 101 + beyond, last)
+                     : PathOfLength(PathLimit + beyond, last);
+            ASSERT_EQ(Utf8FromUtf16(source).size(), PathLimit + beyond);
+            Place(run, source, u"out\\house.bin", u"run.log");
+            RunScript(run, Textured());
+            if (beyond == 0)
+                ExpectSuccess(run, u"out\\house_Texture1.png");
+            else {
+                ExpectOutcome(run, 10,
+                              {u"Importing {src} to {dest}", u"Error opening {src}",
+                               u"Error importing {src} (rc=10)"});
+                EXPECT_EQ(run.Calls, (std::vector<std::string>{"SUInitialize", "SUModelRelease null",
+                                                               "SUTerminate"}));
+            }
+        }
+}
+
+TEST(RunPaths, APicturePathAboveTheLimitIsNotWritten) {
+    for (const bool wide : {false, true})
+        for (const size_t beyond : {0u, 1u}) {
+            // The picture's path is 12 units longer than the directory and the base name.
+            const size_t length = PathLimit - 12 + beyond + 3 - (wide ? 50 : 0);
+            const std::u16string destination =
+                wide ? PathOfLength(51, u"", u'ü') + PathOfLength(length - 51, u"h.bin")
+                     : PathOfLength(length, u"h.bin");
+            const std::u16string picture =
+                destination.substr(0, destination.size() - 4) + u"_Texture1.png";
+            ASSERT_EQ(Utf8FromUtf16(picture).size(), PathLimit + beyond);
+            ScriptedRun run;
+            Place(run, u"house.skp", destination, u"run.log");
+            RunScript(run, Textured());
+            if (beyond == 0)
+                ExpectSuccess(run, picture);
+            else
+                ExpectOutcome(run, 12,
+                              {u"Importing {src} to {dest}", u"Writing: " + picture,
+                               u"Error: SKP library could not write brick.jpg to " + picture,
+                               u"Error importing {src} (rc=12)"});
+        }
+}
+
+TEST(RunPaths, ASceneFileOrALogAboveTheLimitIsNotOpened) {
+    for (const size_t beyond : {0u, 1u}) {
+        ScriptedRun run;
+        Place(run, u"house.skp", PathOfLength(PathLimit + beyond, u"house.bin"), u"run.log");
+        RunScript(run, Faces({Triangle()}));
+        ExpectOutcome(run, beyond == 0 ? 0 : 11,
+                      {u"Importing {src} to {dest}",
+                       beyond == 0 ? u"Success. {src} imported to {dest}" : u"Error writing {dest}"});
+        EXPECT_EQ(fs::exists(run.SceneFile), beyond == 0);
+
+        ScriptedRun logged;
+        Place(logged, u"house.skp", u"house.bin", PathOfLength(PathLimit + beyond, u"run.log"));
+        RunScript(logged, Faces({Triangle()}));
+        EXPECT_EQ(logged.Result.ExitCode, 0);
+        EXPECT_EQ(fs::exists(logged.LogFile), beyond == 0);
+    }
+}
+
+TEST(RunPaths, AMessageIsCutAtTheSizeOfItsBuffer) {
+    ScriptedRun run;
+    run.Source = std::u16string(3000, u's');
+    run.Destination = u"out\\" + std::u16string(3000, u'd');
+    RunScript(run, Textured());
+    const std::u16string importing = u"Importing " + run.Source + u" to " + run.Destination;
+    ExpectOutcome(run, 10,
+                  {importing.substr(0, 4095), u"Error opening {src}", u"Error importing {src} (rc=10)"});
+}

@@ -1,0 +1,178 @@
+// Runs against the scripted library: set-up, the record of calls, and short forms of what came out.
+#include "support/ScriptedRun.h"
+
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Joined(const std::vector<std::u16string>& lines) {
+    std::string text;
+    for (const std::u16string& line : lines)
+        text += Utf8FromUtf16(line) + "\n";
+    return text;
+}
+
+void ReadCalls(ScriptedRun& run, const fs::path& record) {
+    std::istringstream lines(fs::exists(record) ? ReadBytes(record) : "");
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_NE(line[0], '!') << line << " in " << (run.Calls.empty() ? "" : run.Calls.back());
+        if (line[0] != '#')
+            run.Calls.push_back(line);
+    }
+}
+
+void AppendNode(const StoredScene& scene, const StoredNode& node, std::string& text) {
+    const char* gap = "";
+    if (!node.Name.empty()) {
+        text += "'" + node.Name + "'";
+        gap = " ";
+    }
+    for (const StoredMesh& mesh : node.Meshes) {
+        text += gap + Utf8FromUtf16(mesh.Material.Name);
+        const std::string path = Utf8FromUtf16(mesh.Material.TexturePath);
+        if (!path.empty())
+            text += "@" +
+                    path.substr(path.rfind("Texture") + 7, path.rfind('.') - path.rfind("Texture") - 7);
+        text += ":" + std::to_string(mesh.Indices.size() / 3);
+        gap = " ";
+    }
+    for (uint32_t child : node.Children) {
+        const StoredNode& transform = scene.Nodes[child];
+        EXPECT_TRUE(transform.Name.empty() && transform.Meshes.empty());
+        EXPECT_EQ(transform.Children.size(), 1u);
+        text += std::string(gap) + "[";
+        for (uint32_t content : transform.Children)
+            AppendNode(scene, scene.Nodes[content], text);
+        text += "]";
+        gap = " ";
+    }
+}
+
+} // namespace
+
+ScriptedRun::ScriptedRun() {
+    ModelFile = Folder.Path / "in" / "house.skp";
+    SceneFile = Folder.Path / "out" / "house.bin";
+    LogFile = Folder.Path / "logs" / "run.log";
+    Source = PathText(ModelFile);
+    Destination = PathText(SceneFile);
+    Log = PathText(LogFile);
+}
+
+void RunScript(ScriptedRun& run, const Json& script) {
+    const TempFolder aside;
+    const fs::path record = aside.Path / "calls";
+    WriteBytes(run.ModelFile, script.dump());
+    run.Result = RunProgram({.Program = ORVANE_PROGRAM,
+                             .Arguments = {run.Source, run.Destination, run.RelativeDirectory, run.Log},
+                             .WorkingDirectory = run.Folder.Path,
+                             .LibraryDirectory = ORVANE_SCRIPTED_LIBRARY_DIR,
+                             .Environment = {{"ORVANE_SCRIPTED_RECORD", record.string()}}});
+    run.Calls.clear();
+    ReadCalls(run, record);
+    EXPECT_EQ(run.Result.Errors, "");
+    if (run.Result.ExitCode == DeadExitCode)
+        return;
+    ASSERT_GE(run.Calls.size(), 3u) << "exit code " << run.Result.ExitCode;
+    EXPECT_EQ(run.Calls.front(), "SUInitialize");
+    EXPECT_EQ(run.Calls[run.Calls.size() - 2].substr(0, 14), "SUModelRelease");
+    EXPECT_EQ(run.Calls.back(), "SUTerminate");
+}
+
+void ExpectOutcome(const ScriptedRun& run, int exitCode, const std::vector<std::u16string>& lines) {
+    const std::u16string out = run.Destination.substr(0, run.Destination.find_last_of(u"\\/") + 1);
+    std::vector<std::u16string> filled = lines;
+    for (std::u16string& line : filled)
+        for (const auto& [mark, text] : {std::pair<std::u16string, std::u16string>{u"{src}", run.Source},
+                                         {u"{dest}", run.Destination},
+                                         {u"{out}", out}})
+            if (const size_t at = line.find(mark); at != line.npos)
+                line.replace(at, mark.size(), text);
+    EXPECT_EQ(run.Result.ExitCode, exitCode);
+    EXPECT_EQ(run.Result.Output, OutputBytes(filled));
+    if (fs::is_regular_file(run.LogFile)) {
+        EXPECT_TRUE(ReadBytes(run.LogFile) == LogBytes(filled)) << "log differs from:\n"
+                                                                << Joined(filled);
+    } else {
+        ADD_FAILURE() << "no log";
+    }
+}
+
+std::string LogBytes(const std::vector<std::u16string>& lines) {
+    std::string bytes = "\xFF\xFE";
+    for (const std::u16string& line : lines)
+        for (char16_t unit : line + u"\r\n") {
+            bytes.push_back(char(unit & 0xFF));
+            bytes.push_back(char(unit >> 8));
+        }
+    return bytes;
+}
+
+std::string OutputBytes(const std::vector<std::u16string>& lines) {
+    std::string bytes;
+    for (const std::u16string& line : lines)
+        bytes += Utf8FromUtf16(line + u"\r\n");
+    return bytes;
+}
+
+StoredScene SceneOf(const ScriptedRun& run) {
+    StoredScene scene;
+    const auto fault = ReadStoredSceneFile(run.SceneFile.u16string(), scene);
+    EXPECT_FALSE(fault) << Utf8FromUtf16(FaultText(fault.value_or(SceneFault())));
+    for (const StoredNode& node : scene.Nodes)
+        for (size_t i = 0; i < node.Matrix.size(); ++i)
+            EXPECT_EQ(node.Matrix[i], i % 5 == 0 ? 1 : 0);
+    return scene;
+}
+
+StoredScene Convert(const Json& script) {
+    ScriptedRun run;
+    RunScript(run, script);
+    EXPECT_EQ(run.Result.ExitCode, 0) << run.Result.Output;
+    return run.Result.ExitCode == 0 ? SceneOf(run) : StoredScene();
+}
+
+std::string Shape(const StoredScene& scene) {
+    std::string text;
+    if (!scene.Nodes.empty())
+        AppendNode(scene, scene.Nodes[0], text);
+    return text;
+}
+
+std::vector<StoredVertex> Corners(const StoredMesh& mesh) {
+    std::vector<StoredVertex> corners;
+    for (uint32_t index : mesh.Indices)
+        corners.push_back(mesh.Vertices[index]);
+    return corners;
+}
+
+Json Triangle(double x, Json front, Json back) {
+    const Json stq = {{0, 0, 1}, {1, 0, 1}, {2, 0, 1}};
+    return {{"vertices", {{x, 0, 0}, {x + 1, 0, 0}, {x, 1, 0}}},
+            {"frontStq", stq},
+            {"backStq", stq},
+            {"indices", {0, 1, 2}},
+            {"front", std::move(front)},
+            {"back", std::move(back)}};
+}
+
+Json List(const std::vector<Json>& elements) {
+    return elements;
+}
+
+Json Faces(const std::vector<Json>& faces) {
+    return {{"entities", {{"faces", List(faces)}}}};
+}
+
+Json Faults(const std::string& operation, uint64_t call, const std::string& kind, uint64_t value) {
+    Json fault = {{"operation", operation}, {"kind", kind}, {"value", value}};
+    if (call != 0)
+        fault["call"] = call;
+    return List({fault});
+}
