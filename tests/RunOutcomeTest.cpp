@@ -252,12 +252,12 @@ TEST(RunOutcome, EachLineIsInTheLogAtOnce) {
                   {u"Importing {src} to {dest}", u"Writing: {out}house_Texture1.png"});
 }
 
-// The order of all calls for one textured face, one image and one group.
+// The order of all calls for one textured face, one image, and one group with a face without paint.
 TEST(RunOutcome, TheLibraryIsAskedInItsOrder) {
     Json script = BrickAndImage();
     script["layers"] = List({{{"visible", true}}});
     script["entities"]["groups"] =
-        List({{{"name", "Wall"}, {"entities", Json::object()}, {"layer", 0}}});
+        List({{{"name", "Wall"}, {"entities", Faces({Triangle()})["entities"]}, {"layer", 0}}});
     ScriptedRun run;
     RunScript(run, script);
     const auto text = [](const std::string& getter) {
@@ -299,8 +299,17 @@ TEST(RunOutcome, TheLibraryIsAskedInItsOrder) {
     then(layer);
     then(text("SUGroupGetName"));
     then({"SUGroupGetTransform", "SUGroupGetEntities", "SUDrawingElementGetMaterial",
-          "SUEntitiesGetNumImages", "SUEntitiesGetNumFaces", "SUEntitiesGetNumGroups",
-          "SUEntitiesGetNumInstances", "SUEntitiesGetNumInstances", "SUModelRelease", "SUTerminate"});
+          "SUEntitiesGetNumImages", "SUEntitiesGetNumFaces", "SUEntitiesGetFaces",
+          "SUFaceToDrawingElement"});
+    then(layer);
+    then({"SUFaceGetFrontMaterial", "SUFaceGetBackMaterial", "SUFaceGetUVHelper",
+          "SUMeshHelperCreateWithUVHelper", "SUFaceGetPlane"});
+    then(side);
+    then({"SUMeshHelperGetFrontSTQCoords", "SUMeshHelperGetVertexIndices"});
+    then(side);
+    then({"SUMeshHelperGetBackSTQCoords", "SUMeshHelperGetVertexIndices", "SUUVHelperRelease",
+          "SUEntitiesGetNumGroups", "SUEntitiesGetNumInstances", "SUEntitiesGetNumInstances",
+          "SUModelRelease", "SUTerminate"});
     for (size_t i = 0; i < std::min(calls.size(), run.Calls.size()); ++i)
         ASSERT_EQ(run.Calls[i], calls[i]) << i;
     EXPECT_EQ(run.Calls.size(), calls.size());

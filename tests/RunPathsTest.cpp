@@ -200,7 +200,7 @@ TEST(RunPaths, APicturePathAboveTheLimitIsNotWritten) {
 }
 
 TEST(RunPaths, ASceneFileOrALogAboveTheLimitIsNotOpened) {
-    for (const size_t beyond : {0u, 1u}) {
+    for (const size_t beyond : {0u, 1u, 50u}) {
         ScriptedRun run;
         Place(run, u"house.skp", PathOfLength(PathLimit + beyond, u"house.bin"), u"run.log");
         RunScript(run, Faces({Triangle()}));
@@ -208,6 +208,8 @@ TEST(RunPaths, ASceneFileOrALogAboveTheLimitIsNotOpened) {
                       {u"Importing {src} to {dest}",
                        beyond == 0 ? u"Success. {src} imported to {dest}" : u"Error writing {dest}"});
         EXPECT_EQ(fs::exists(run.SceneFile), beyond == 0);
+        EXPECT_EQ(fs::exists(run.SceneFile.parent_path()),
+                  beyond < 50); // Its own path is too long then.
 
         ScriptedRun logged;
         Place(logged, u"house.skp", u"house.bin", PathOfLength(PathLimit + beyond, u"run.log"));

@@ -103,7 +103,7 @@ TEST(RunScene, TheFileOfOneTriangleByteForByte) {
     Append(bytes, 0x22222222);
     bytes.append(256, '\0');
     AppendFloats(bytes, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
-    for (const uint32_t word : {0, 1, 0, 0})
+    for (const uint32_t word : {0u, 1u, 0u, 0u})
         Append(bytes, word);
     Append(bytes, 0x42424242);
     Append(bytes, 3);
@@ -127,7 +127,7 @@ TEST(RunScene, TheFileOfOneTriangleByteForByte) {
     AppendFloats(bytes, {0.5f, 0, -0.5f, 0, 1, 0, 1, 1});
     AppendFloats(bytes, {-0.5f, 0, -0.5f, 0, 1, 0, 0, 1});
     bytes.append(12, '\0');
-    for (const uint32_t index : {0, 1, 2})
+    for (const uint32_t index : {0u, 1u, 2u})
         Append(bytes, index);
     ASSERT_EQ(bytes.size(), 666u);
 
