@@ -4,7 +4,14 @@
 #include <numbers>
 
 constexpr double DegreesOfHalfTurn = 180.0;
-constexpr double DegreesOfQuarterTurn = 90.0;
+
+// Values between -1 and 1 as multiples of 2^-40. Quarter turns come out exact, so that a turned box
+// stays a box; and the run-time libraries of different systems, which differ in the last bits of a sine,
+// come to one result.
+static double RoundToGrid(double value) {
+    constexpr double steps = 1099511627776.0;
+    return std::round(value * steps) / steps;
+}
 
 Transform Multiply(const Transform& first, const Transform& second) {
     Transform result;
@@ -25,13 +32,9 @@ Transform ScaleTransform(Point3 factors) {
 }
 
 Transform RotateTransform(Point3 axis, double degrees) {
-    // Quarter turns come out exact, so that a turned box stays a box.
-    double sine = std::sin(degrees / DegreesOfHalfTurn * std::numbers::pi);
-    double cosine = std::cos(degrees / DegreesOfHalfTurn * std::numbers::pi);
-    if (std::remainder(degrees, DegreesOfQuarterTurn) == 0.0) {
-        sine = std::round(sine);
-        cosine = std::round(cosine);
-    }
+    const double radians = degrees / DegreesOfHalfTurn * std::numbers::pi;
+    const double sine = RoundToGrid(std::sin(radians));
+    const double cosine = RoundToGrid(std::cos(radians));
     const double rest = 1.0 - cosine;
     const auto [x, y, z] = axis;
     return {cosine + rest * x * x,

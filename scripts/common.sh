@@ -41,3 +41,9 @@ make_packages() {
     done
     rm -rf dist/_CPack_Packages
 }
+
+# Sets up a fresh Wine prefix in a folder of the build.
+make_wine_prefix() {
+    rm -rf "$1"
+    WINEPREFIX=$root/$1 WINEDEBUG=-all wineboot --init >/dev/null 2>&1
+}
