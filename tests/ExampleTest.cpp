@@ -136,3 +136,32 @@ TEST(Example, AModelWithoutVisibleGeometryEndsWith13) {
     WriteBytes(model, R"({"orvaneModel": 1})");
     EXPECT_EQ(RunOrvane(folder, model).ExitCode, 13);
 }
+
+#ifdef _WIN32
+TEST(Example, TheWorkedCallTakesDriveLettersAndMakesItsDirectories) {
+    // In the root of a drive, which is the test's own under Wine.
+    for (const char* made : {"C:\\in", "C:\\scenes", "C:\\logs"}) {
+        ASSERT_FALSE(fs::exists(made)) << made;
+    }
+    fs::copy(House, "C:\\in");
+    fs::rename("C:\\in\\house.json", "C:\\in\\house.skp");
+    const ProgramResult result = RunProgram(
+        {.Program = ORVANE_PROGRAM,
+         .Arguments = {u"C:\\in\\house.skp", u"C:\\scenes\\house.bin", u"maps", u"C:\\logs\\run.log"},
+         .WorkingDirectory = {},
+         .LibraryDirectory = {},
+         .Environment = {}});
+    EXPECT_EQ(result.ExitCode, 0);
+    EXPECT_TRUE(result.Output.starts_with("Importing C:\\in\\house.skp to C:\\scenes\\house.bin\r\n"
+                                          "Writing: C:\\scenes\\house_Texture1.png\r\n"));
+    EXPECT_TRUE(
+        result.Output.ends_with("\r\nSuccess. C:\\in\\house.skp imported to C:\\scenes\\house.bin\r\n"));
+    StoredScene scene;
+    EXPECT_FALSE(ReadStoredSceneFile(u"C:\\scenes\\house.bin", scene).has_value());
+    EXPECT_EQ(ReadBytes("C:\\logs\\run.log").size(), 2 + 2 * result.Output.size()); // all of it ASCII
+    EXPECT_TRUE(fs::exists("C:\\scenes\\house_Texture8.png"));
+    for (const char* made : {"C:\\in", "C:\\scenes", "C:\\logs"}) {
+        fs::remove_all(made);
+    }
+}
+#endif

@@ -33,7 +33,9 @@ std::wstring Quoted(const std::wstring& argument) {
 
 // A file that a child may inherit.
 HANDLE CreateOutput(const std::filesystem::path& path) {
-    SECURITY_ATTRIBUTES inheritable = {.nLength = sizeof inheritable, .bInheritHandle = TRUE};
+    SECURITY_ATTRIBUTES inheritable = {};
+    inheritable.nLength = sizeof inheritable;
+    inheritable.bInheritHandle = TRUE;
     return CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
@@ -50,11 +52,12 @@ int Run(const std::filesystem::path& program, const ProgramCall& call, HANDLE ou
     for (const std::u16string& argument : call.Arguments) {
         commandLine += L' ' + Quoted(Wide(argument));
     }
-    STARTUPINFOW startup = {.cb = sizeof startup,
-                            .dwFlags = STARTF_USESTDHANDLES,
-                            .hStdInput = GetStdHandle(STD_INPUT_HANDLE),
-                            .hStdOutput = output,
-                            .hStdError = errors};
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    startup.hStdOutput = output;
+    startup.hStdError = errors;
     PROCESS_INFORMATION process = {};
     const std::wstring folder = call.WorkingDirectory.wstring();
     SetVariables(call, true);
