@@ -1,11 +1,10 @@
 // Flattening the tree, and the bytes of the scene file.
 #include "output/Recentre.h"
 #include "output/SceneFile.h"
+#include "support/Files.h"
 
 #include <bit>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 
 namespace {
 
@@ -44,14 +43,14 @@ SceneMesh Transform(const Vec3& normal, const Matrix4& world) {
 }
 
 std::string WriteToBytes(const SceneNode& root, const MaterialTable& materials) {
-    const std::string path = testing::TempDir() + "orvane-output-test.bin";
+    const TempFolder folder;
+    const std::filesystem::path path = folder.Path / "scene.bin";
     {
         OutputFile file;
-        file.Open(std::u16string(path.begin(), path.end()));
+        file.Open(path.u16string());
         EXPECT_TRUE(WriteScene(file, root, materials));
     }
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return ReadBytes(path);
 }
 
 template <class Value> Value ValueAt(const std::string& bytes, size_t offset) {

@@ -26,9 +26,9 @@ constexpr std::string_view Document = R"({
 })";
 
 std::vector<uint8_t> TilesPixels() {
-    std::vector<uint8_t> pixels;
-    for (int i = 0; i < 3 * 2 * 3; ++i) {
-        pixels.push_back(static_cast<uint8_t>(i * 13));
+    std::vector<uint8_t> pixels(size_t{3} * 2 * 3);
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        pixels[i] = static_cast<uint8_t>(i * 13);
     }
     return pixels;
 }

@@ -153,7 +153,7 @@ OpenedFace OpenFace(const std::string& members) {
     const ModelFace& face = opened.Opened.Faces[0];
     opened.Front.resize(face.Vertices.Count);
     opened.Back.resize(face.Vertices.Count);
-    std::vector<double> values(face.Vertices.Count * 3);
+    std::vector<double> values(size_t{face.Vertices.Count} * 3);
     for (auto* side : {&opened.Front, &opened.Back}) {
         CoordinatesOfSide(opened.Opened, face, side == &opened.Front, face.Vertices.Count,
                           reinterpret_cast<double(*)[3]>(values.data()));

@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 #include "provider/Files.h"
 #include "provider/OpenModel.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
@@ -13,19 +14,21 @@
 #include <string_view>
 #include <vector>
 
-// The directory of the running test, with its closing separator. Made at the first call.
+// The directory of the running test, with its closing separator. Made at the first call, below one of
+// the process's own: tests of several builds run side by side.
 inline std::u16string ProviderTestDirectory() {
+    static const TempFolder folder;
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     std::string name = std::string(test->test_suite_name()) + "." + test->name();
     std::ranges::replace(name, '/', '.');
-    const std::u16string directory = Utf16FromUtf8(testing::TempDir() + name);
+    const std::u16string directory = (folder.Path / name).u16string();
     CreateOneDirectory(directory);
     return directory + u"/";
 }
 
 // Writes a file into the test's directory and gives its path.
 inline std::u16string WriteTestFile(std::u16string_view name, const std::vector<uint8_t>& bytes) {
-    const std::u16string path = ProviderTestDirectory() + std::u16string(name);
+    std::u16string path = ProviderTestDirectory() + std::u16string(name);
     EXPECT_TRUE(WriteWholeFile(path, bytes));
     return path;
 }

@@ -211,14 +211,14 @@ TEST(RunFailure, EachFaultLeavesOutItsOwnAndNoMore) {
 }
 
 TEST(RunFailure, EveryCallMayFail) {
-    constexpr int Often = 4; // Calls of one operation that are tried; further ones tell little more.
+    constexpr int often = 4; // Calls of one operation that are tried; further ones tell little more.
     ScriptedRun whole;
     RunWith(whole, {{"operation", "none"}, {"kind", "fail"}});
     ASSERT_GT(whole.Calls.size(), 300u);
     std::map<std::string, int> seen;
     for (size_t call = 1; call <= whole.Calls.size(); ++call) {
         const std::string operation = OperationOf(whole.Calls[call - 1]);
-        if (++seen[operation] > Often)
+        if (++seen[operation] > often)
             continue;
         SCOPED_TRACE(testing::Message() << call << ": " << operation);
         ScriptedRun run;
@@ -229,10 +229,10 @@ TEST(RunFailure, EveryCallMayFail) {
 }
 
 TEST(RunFailure, EveryCallMayBeTheFirstOfManyToFail) {
-    constexpr size_t Step = 7; // Each call would take long and tell little more.
+    constexpr size_t step = 7; // Each call would take long and tell little more.
     ScriptedRun whole;
     RunWith(whole, {{"operation", "none"}, {"kind", "fail"}});
-    for (size_t call = 1; call <= whole.Calls.size(); call += Step) {
+    for (size_t call = 1; call <= whole.Calls.size(); call += step) {
         SCOPED_TRACE(testing::Message() << call << ": " << whole.Calls[call - 1]);
         ScriptedRun run;
         RunWith(run, {{"operation", "*"}, {"kind", "fail"}, {"from", call}});
@@ -254,6 +254,7 @@ TEST(RunFailure, ATextWithoutItsEndIsCutAtTheLimit) {
 
 // Vertex indices outside the vertices: that side has no polygon, and its picture isn't written.
 TEST(RunFailure, AnIndexOutOfRangeLosesTheSide) {
+    const std::string withoutBroken = "Default:2 @2:4 @3:4" + Groups + Instances;
     for (const uint64_t index :
          {uint64_t(3), uint64_t(0xFFFFFFFF), uint64_t(0x80000000), ~uint64_t(0)}) {
         Json broken = Triangle(0, 0);
@@ -262,7 +263,7 @@ TEST(RunFailure, AnIndexOutOfRangeLosesTheSide) {
         script["entities"]["faces"] = List({broken, Triangle(2)});
         ScriptedRun run;
         RunScript(run, script);
-        EXPECT_EQ(Shape(SceneOf(run)), "Default:2 @2:4 @3:4" + Groups + Instances) << index;
+        EXPECT_EQ(Shape(SceneOf(run)), withoutBroken) << index;
         EXPECT_FALSE(std::filesystem::exists(run.Folder.Path / "out" / "house_Texture1.png"));
     }
     Json wrapped = Triangle();

@@ -1,9 +1,9 @@
 // Paths, directories, text conversion and log lines.
 #include "platform/Platform.h"
+#include "support/Files.h"
 #include "tool/Log.h"
 #include "tool/Paths.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
 TEST(Paths, NormalizePathAndDirectoryOf) {
@@ -52,9 +52,8 @@ TEST(Paths, ComparesWithoutRegardToCaseInAsciiOnly) {
 }
 
 TEST(Paths, MakeDirectoriesCreatesAllLevels) {
-    const std::filesystem::path base =
-        std::filesystem::path(testing::TempDir()) / "orvane-directories-test";
-    std::filesystem::remove_all(base);
+    const TempFolder folder;
+    const std::filesystem::path& base = folder.Path;
     const std::u16string start = base.u16string();
     for (const char16_t* tail : {u"\\a\\b\\", u"/out/deep/\\", u"\\old.dir\\x//", u"\\a\\..\\c"}) {
         MakeDirectories((start + tail).c_str());
@@ -71,7 +70,6 @@ TEST(Paths, MakeDirectoriesCreatesAllLevels) {
         MakeDirectories(path.c_str());
     }
     MakeDirectories(nullptr);
-    std::filesystem::remove_all(base);
 }
 
 TEST(Text, ConvertsBetweenUtf16AndUtf8) {
