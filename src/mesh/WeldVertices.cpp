@@ -1,49 +1,44 @@
-// Welding by a uniform grid of cells over the pool's bounding box.
+// Welding in expected linear time.
 //
-// A vertex is entered in the low corner of the range of cells that its own search covers, and a search
-// walks its cells in order, the newest entry of a cell first. Entering a vertex in the cell it lies in,
-// or stopping at another match, would change results.
+// Which kept vertex a vertex is merged with is fixed by the coarse grid: of those that match and were
+// entered in a cell that its search comes by, the one in the lowest cell, and there the newest. But the
+// grid's cells can hold any number of vertices, so matches are found by the index of fine cells, and the
+// grid only chooses among them.
+//
+// Most vertices of a model are copies of kept ones, and for those there is no choice. A copy's search
+// begins in the cell in which the original was entered; and what came to that cell later and matches the
+// copy would match the original too, would have been merged with it, and is not there. For copies of
+// merged vertices this does not hold.
 #include "mesh/WeldVertices.h"
 
+#include "mesh/WeldGrid.h"
+#include "mesh/WeldIndex.h"
+
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cassert>
 #include <cmath>
-#include <limits>
+#include <cstring>
 
 namespace {
 
-constexpr int32_t CellsX = 64;
-constexpr int32_t CellsY = 8; // buildings are wider than high
-constexpr int32_t CellsZ = 64;
-constexpr size_t CellCount = size_t{CellsX} * CellsY * CellsZ;
-constexpr int32_t None = -1;
+// Vertices that are looked up together, so that their memory arrives while others are at work.
+constexpr size_t BlockSize = 64;
 
-// The cells along one axis of the grid.
-struct GridAxis {
-    float Min = 0;    // of the pool [Units: model's]
-    float Scale = 0;  // cells per unit
-    float Margin = 0; // twice the tolerance [Units: cells]
-    int32_t Cells = 0;
+struct Welding {
+    float Tolerance = 0;
+    WeldGrid Grid;
+    WeldIndex Index;
+    Vertex* Kept = nullptr; // at the front of the pool, where each vertex has had its turn before
+    int32_t KeptCount = 0;
 };
 
-// Cells from Low up to but not including High.
-struct CellRange {
-    int32_t Low = 0;
-    int32_t High = 0;
-};
-
-// A kept vertex in its cell. Each cell is a chain, newest first.
-struct CellEntry {
-    int32_t PoolVertex = 0;
-    int32_t Next = None;
-};
-
-struct WeldGrid {
-    GridAxis X;
-    GridAxis Y;
-    GridAxis Z;
-    std::vector<int32_t> CellHeads = std::vector<int32_t>(CellCount, None);
-    std::vector<CellEntry> CellEntries;
+// A vertex on its way through the index.
+struct Lookup {
+    VertexPlaces Places;
+    uint32_t Tag = 0;
+    bool Matchable = false; // false for what is kept in any case and not met by any search
 };
 
 bool WithinTolerance(float a, float b, float tolerance) {
@@ -60,136 +55,164 @@ bool Match(const Vertex& a, const Vertex& b, float tolerance) {
            WithinTolerance(a.V, b.V, tolerance);
 }
 
-GridAxis MakeAxis(float min, float max, int32_t cells, float tolerance) {
-    constexpr float smallestExtent = 1.0f; // keeps the scale finite for flat pools
-    float extent = max - min;
-    if (!(extent > smallestExtent)) {
-        extent = smallestExtent;
-    }
-    const float scale = static_cast<float>(cells) / extent;
-    const float margin = scale * tolerance;
-    return {.Min = min, .Scale = scale, .Margin = margin + margin, .Cells = cells};
+bool IsFinite(const Vertex& vertex) {
+    const auto floats = std::bit_cast<std::array<float, FloatsPerVertex>>(vertex);
+    return std::ranges::all_of(floats, [](float value) { return std::isfinite(value); });
 }
 
-WeldGrid MakeGrid(const std::vector<Vertex>& vertices, float tolerance) {
-    BoundingBox box = EmptyBox;
-    ComputeBounds(box, vertices.data(), static_cast<int32_t>(vertices.size()));
-    WeldGrid grid;
-    grid.X = MakeAxis(box.Min.X, box.Max.X, CellsX, tolerance);
-    grid.Y = MakeAxis(box.Min.Y, box.Max.Y, CellsY, tolerance);
-    grid.Z = MakeAxis(box.Min.Z, box.Max.Z, CellsZ, tolerance);
-    return grid;
+bool SameBits(const Vertex& a, const Vertex& b) {
+    const auto word = [](const Vertex& vertex, size_t i) {
+        uint64_t bits = 0;
+        std::memcpy(&bits, reinterpret_cast<const char*>(&vertex) + i * sizeof bits, sizeof bits);
+        return bits;
+    };
+    return ((word(a, 0) ^ word(b, 0)) | (word(a, 1) ^ word(b, 1)) | (word(a, 2) ^ word(b, 2)) |
+            (word(a, 3) ^ word(b, 3))) == 0;
 }
 
-// The cells in which a vertex at this coordinate looks. Empty for a coordinate that gives no number.
-CellRange SearchRange(const GridAxis& axis, float coordinate) {
-    const float g = axis.Scale * (coordinate - axis.Min);
-    constexpr float belowInt = -2147483648.0f;
-    constexpr float aboveInt = 2147483648.0f;
-    const int32_t cell =
-        g >= belowInt && g < aboveInt ? static_cast<int32_t>(g) : std::numeric_limits<int32_t>::min();
-    CellRange range = {.Low = cell, .High = cell + 1};
-    if (axis.Margin >= g - static_cast<float>(cell)) {
-        range.Low = cell - 1;
-    }
-    if (axis.Margin >= static_cast<float>(cell + 1) - g) {
-        range.High = cell + 2;
-    }
-    return {.Low = std::clamp(range.Low, 0, axis.Cells), .High = std::clamp(range.High, 0, axis.Cells)};
+// A vertex with a float that is not finite matches nothing. One whose position has an empty range, for
+// extents that overflow, searches nothing; nor is it found, since such positions are so large that
+// others are either equal or further away than the tolerance.
+void Prepare(const Welding& welding, const Vertex& vertex, Lookup& lookup) {
+    const bool usual = PlaceVertex(welding.Index, vertex, lookup.Places);
+    lookup.Matchable = (usual || IsFinite(vertex)) &&
+                       (welding.Grid.Bounded || !IsEmpty(SearchBoxOf(welding.Grid, vertex.Position)));
+    lookup.Tag = CellTag(CellSum(lookup.Places, WideCell));
 }
 
-size_t CellNumber(int32_t x, int32_t y, int32_t z) {
-    return (static_cast<size_t>(x) * CellsY + static_cast<size_t>(y)) * CellsZ + static_cast<size_t>(z);
+const IndexSlot& FirstSlot(const Welding& welding, const Lookup& lookup) {
+    return welding.Index.Slots[lookup.Tag >> welding.Index.TagShift];
 }
 
-// What one vertex searches, per axis.
-struct SearchBox {
-    CellRange X;
-    CellRange Y;
-    CellRange Z;
-};
-
-// The first kept vertex of the search that matches, as a pool vertex, or None.
-int32_t FindMatch(const WeldGrid& grid, const SearchBox& search, const std::vector<Vertex>& pool,
-                  const Vertex& vertex, float tolerance) {
-    for (int32_t x = search.X.Low; x < search.X.High; ++x) {
-        for (int32_t y = search.Y.Low; y < search.Y.High; ++y) {
-            for (int32_t z = search.Z.Low; z < search.Z.High; ++z) {
-                int32_t number = grid.CellHeads[CellNumber(x, y, z)];
-                while (number != None) {
-                    const CellEntry& entry = grid.CellEntries[static_cast<size_t>(number)];
-                    if (Match(vertex, pool[static_cast<size_t>(entry.PoolVertex)], tolerance)) {
-                        return entry.PoolVertex;
-                    }
-                    number = entry.Next;
-                }
+// The match in the lowest cell of the grid, there the newest, or NoVertex. Kept out of the main loop,
+// which it would slow down.
+[[gnu::noinline]] int32_t FindMatch(const Welding& welding, const Vertex& vertex,
+                                    const VertexPlaces& places) {
+    const SearchBox search = SearchBoxOf(welding.Grid, vertex.Position);
+    int32_t best = NoVertex;
+    int32_t bestCell = 0;
+    VisitNear(welding.Index, places, [&](int32_t kept) {
+        const Vertex& other = welding.Kept[kept];
+        if (Match(vertex, other, welding.Tolerance)) {
+            const SearchBox entered = SearchBoxOf(welding.Grid, other.Position);
+            const int32_t cell = EntryCell(entered);
+            const bool better = best == NoVertex || cell < bestCell || (cell == bestCell && kept > best);
+            if (better && Reaches(search, entered)) {
+                best = kept;
+                bestCell = cell;
             }
         }
+        return false;
+    });
+    return best;
+}
+
+// The number of the kept vertex that stands for this one from here on, which may be its own.
+int32_t Resolve(Welding& welding, const Vertex& vertex, const Lookup& lookup) {
+    if (lookup.Matchable) {
+        int32_t found = NoVertex;
+        const CellEnd end = VisitCell(welding.Index, lookup.Tag, [&](int32_t kept) {
+            const bool same = SameBits(vertex, welding.Kept[kept]);
+            found = same ? kept : NoVertex;
+            return same;
+        });
+        if (found == NoVertex && (end.Count > 0 || IsNearWideBorder(lookup.Places))) {
+            found = FindMatch(welding, vertex, lookup.Places);
+        }
+        if (found != NoVertex) {
+            return found;
+        }
+        Enter(welding.Index, lookup.Places, lookup.Tag, end, welding.KeptCount);
     }
-    return None;
+    welding.Kept[welding.KeptCount] = vertex;
+    return welding.KeptCount++;
 }
 
-void EnterVertex(WeldGrid& grid, const SearchBox& search, int32_t poolVertex) {
-    // The exclusive upper bound can be a low corner only on paper: no coordinate reaches it.
-    assert(search.X.Low < CellsX && search.Y.Low < CellsY && search.Z.Low < CellsZ);
-    int32_t& head = grid.CellHeads[CellNumber(search.X.Low, search.Y.Low, search.Z.Low)];
-    grid.CellEntries.push_back({.PoolVertex = poolVertex, .Next = head});
-    head = static_cast<int32_t>(grid.CellEntries.size() - 1);
-}
-
-// Puts the kept vertices into the pool and sends the indices through remap, which has one entry per
-// former pool vertex.
-void FinishWelding(VertexPool& pool, std::vector<uint32_t>& indices, std::vector<Vertex>& kept,
-                   const std::vector<int32_t>& remap) {
-    for (uint32_t& index : indices) {
-        assert(index < remap.size());
-        index = static_cast<uint32_t>(remap[index]);
-    }
-    pool.Vertices = std::move(kept);
-}
-
-void WeldByGrid(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance) {
-    WeldGrid grid = MakeGrid(pool.Vertices, tolerance);
-    std::vector<int32_t> remap(pool.Vertices.size(), None);
-    std::vector<Vertex> kept;
-    for (size_t i = 0; i < pool.Vertices.size(); ++i) {
-        const Vertex& vertex = pool.Vertices[i];
-        const SearchBox search = {.X = SearchRange(grid.X, vertex.Position.X),
-                                  .Y = SearchRange(grid.Y, vertex.Position.Y),
-                                  .Z = SearchRange(grid.Z, vertex.Position.Z)};
-        const int32_t match = FindMatch(grid, search, pool.Vertices, vertex, tolerance);
-        if (match != None) {
-            remap[i] = remap[static_cast<size_t>(match)];
-        } else {
-            EnterVertex(grid, search, static_cast<int32_t>(i));
-            kept.push_back(vertex);
-            remap[i] = static_cast<int32_t>(kept.size() - 1);
+// Moves the kept vertices to the front and gives their count. Writes the new number of each vertex.
+int32_t WeldByIndex(std::vector<Vertex>& vertices, uint32_t* numbers, float tolerance) {
+    // Models keep between a sixth and two thirds of their vertices.
+    const size_t slots = vertices.size() / 2;
+    Welding welding = {.Tolerance = tolerance,
+                       .Grid = MakeWeldGrid(vertices, tolerance),
+                       .Index = MakeWeldIndex(tolerance, slots),
+                       .Kept = vertices.data(),
+                       .KeptCount = 0};
+    std::array<Lookup, BlockSize> lookups;
+    for (size_t begin = 0; begin < vertices.size(); begin += BlockSize) {
+        const Vertex* block = vertices.data() + begin;
+        const size_t count = std::min(BlockSize, vertices.size() - begin);
+        Reserve(welding.Index, count);
+        for (size_t i = 0; i < count; ++i) {
+            Prepare(welding, block[i], lookups[i]);
+            __builtin_prefetch(&FirstSlot(welding, lookups[i]));
+        }
+        for (size_t i = 0; i < count; ++i) {
+            const IndexSlot& slot = FirstSlot(welding, lookups[i]);
+            const bool likely = slot.Tag == lookups[i].Tag && slot.Kept != NoVertex;
+            __builtin_prefetch(&welding.Kept[likely ? slot.Kept : 0]);
+        }
+        for (size_t i = 0; i < count; ++i) {
+            numbers[begin + i] = static_cast<uint32_t>(Resolve(welding, block[i], lookups[i]));
         }
     }
-    FinishWelding(pool, indices, kept, remap);
+    return welding.KeptCount;
+}
+
+// The same by comparison with every kept vertex.
+int32_t WeldOneByOne(std::vector<Vertex>& vertices, uint32_t* numbers, float tolerance) {
+    const auto begin = vertices.begin();
+    auto end = begin;
+    for (size_t i = 0; i < vertices.size(); ++i) {
+        const Vertex vertex = vertices[i];
+        const auto match = std::find_if(
+            begin, end, [&](const Vertex& other) { return Match(vertex, other, tolerance); });
+        numbers[i] = static_cast<uint32_t>(match - begin);
+        if (match == end) {
+            *end++ = vertex;
+        }
+    }
+    return static_cast<int32_t>(end - begin);
+}
+
+bool CountUp(const std::vector<uint32_t>& indices) {
+    uint32_t expected = 0;
+    return std::ranges::all_of(indices, [&](uint32_t index) { return index == expected++; });
+}
+
+template <class Weld>
+void WeldPool(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance, Weld weld) {
+    std::vector<Vertex>& vertices = pool.Vertices;
+    int32_t kept = 0;
+    if (indices.size() == vertices.size() && CountUp(indices)) {
+        // As batches come: the new numbers are the new indices.
+        kept = weld(vertices, indices.data(), tolerance);
+    } else {
+        std::vector<uint32_t> numbers(vertices.size());
+        kept = weld(vertices, numbers.data(), tolerance);
+        for (uint32_t& index : indices) {
+            assert(index < numbers.size());
+            index = numbers[index];
+        }
+    }
+    vertices.resize(static_cast<size_t>(kept));
 }
 
 } // namespace
 
 void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count) {
+    // In the way of ExtendBox, and the box in registers. The order of the arguments leaves the box as it
+    // is where a coordinate is equal or not a number.
+    BoundingBox b = box;
     for (int32_t i = 0; i < count; ++i) {
-        ExtendBox(box, vertices[i].Position);
+        const Vec3& p = vertices[i].Position;
+        b.Min = {std::min(b.Min.X, p.X), std::min(b.Min.Y, p.Y), std::min(b.Min.Z, p.Z)};
+        b.Max = {std::max(b.Max.X, p.X), std::max(b.Max.Y, p.Y), std::max(b.Max.Z, p.Z)};
     }
+    box = b;
 }
 
 void WeldVerticesBruteForce(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance) {
-    std::vector<int32_t> remap(pool.Vertices.size(), None);
-    std::vector<Vertex> kept;
-    for (size_t i = 0; i < pool.Vertices.size(); ++i) {
-        const Vertex& vertex = pool.Vertices[i];
-        const auto match = std::ranges::find_if(
-            kept, [&](const Vertex& other) { return Match(vertex, other, tolerance); });
-        remap[i] = static_cast<int32_t>(match - kept.begin());
-        if (match == kept.end()) {
-            kept.push_back(vertex);
-        }
-    }
-    FinishWelding(pool, indices, kept, remap);
+    WeldPool(pool, indices, tolerance, WeldOneByOne);
 }
 
 void WeldVertices(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance) {
@@ -204,6 +227,6 @@ void WeldVertices(VertexPool& pool, std::vector<uint32_t>& indices, float tolera
     if (count < GridVertexMinimum) {
         WeldVerticesBruteForce(pool, indices, tolerance);
     } else {
-        WeldByGrid(pool, indices, tolerance);
+        WeldPool(pool, indices, tolerance, WeldByIndex);
     }
 }

@@ -1,0 +1,65 @@
+// Making, growing and filling the index.
+#include "mesh/WeldIndex.h"
+
+#include "mesh/WeldVertices.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace {
+
+constexpr size_t FewestSlots = 256;
+constexpr int TagBits = 32;
+
+void MakeSlots(WeldIndex& index, size_t count) {
+    index.Slots.assign(count, IndexSlot{});
+    index.SlotMask = count - 1;
+    index.TagShift = TagBits - std::countr_zero(count);
+    index.Used = 0;
+}
+
+void FillSlot(WeldIndex& index, size_t at, const IndexSlot& slot) {
+    index.Slots[at] = slot;
+    ++index.Used;
+}
+
+size_t FreeSlot(const WeldIndex& index, uint32_t tag) {
+    return VisitCell(index, tag, [](int32_t) { return false; }).Slot;
+}
+
+} // namespace
+
+WeldIndex MakeWeldIndex(float tolerance, size_t slots) {
+    assert(tolerance > 0 && tolerance <= LargestWeldTolerance);
+    WeldIndex index;
+    index.Scale = static_cast<double>(1 << ToleranceBits) / static_cast<double>(tolerance);
+    MakeSlots(index, std::bit_ceil(std::max(slots, FewestSlots)));
+    return index;
+}
+
+void Reserve(WeldIndex& index, size_t count) {
+    if ((index.Used + count) * 2 <= index.Slots.size()) {
+        return;
+    }
+    const std::vector<IndexSlot> former = std::move(index.Slots);
+    MakeSlots(index, former.size() * 2);
+    // Slots are nearly in the order of tags, so both tables are walked from front to back.
+    for (const IndexSlot& slot : former) {
+        if (slot.Kept != NoVertex) {
+            FillSlot(index, FreeSlot(index, slot.Tag), slot);
+        }
+    }
+}
+
+void Enter(WeldIndex& index, const VertexPlaces& places, uint32_t wideTag, const CellEnd& wideEnd,
+           int32_t kept) {
+    // A cell never becomes less full, so from here on every search that meets a full one goes on to the
+    // narrow cells.
+    if (wideEnd.Count < FullCell) {
+        FillSlot(index, wideEnd.Slot, {.Tag = wideTag, .Kept = kept});
+    } else {
+        const uint32_t tag = CellTag(CellSum(places, NarrowCell));
+        FillSlot(index, FreeSlot(index, tag), {.Tag = tag, .Kept = kept});
+    }
+}
