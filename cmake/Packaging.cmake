@@ -21,6 +21,7 @@ else()
     file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/links)
     file(CREATE_LINK ../lib/orvane/${program} ${CMAKE_BINARY_DIR}/links/${program} SYMBOLIC)
     install(FILES ${CMAKE_BINARY_DIR}/links/${program} DESTINATION bin)
+    install(FILES docs/man/${program}.1 DESTINATION share/man/man1)
   endforeach()
 endif()
 
@@ -28,7 +29,7 @@ install(TARGETS orvane scene-inspect SketchUpAPI
   RUNTIME DESTINATION ${programDir}
   LIBRARY DESTINATION ${programDir})
 install(FILES README.md DESTINATION ${documentDir})
-install(DIRECTORY docs examples DESTINATION ${documentDir})
+install(DIRECTORY docs examples DESTINATION ${documentDir} PATTERN man EXCLUDE)
 
 set(CPACK_PACKAGE_VENDOR "orvane")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})

@@ -1,37 +1,169 @@
-// scene-inspect FILE: tells whether a scene file is sound, and what it holds.
+// scene-inspect: tells whether a scene file is sound, what it holds and how it looks.
+#include "inspect/Files.h"
+#include "inspect/GltfExport.h"
+#include "inspect/Options.h"
+#include "inspect/SceneDiff.h"
+#include "inspect/SceneJson.h"
+#include "inspect/ScenePicture.h"
 #include "inspect/SceneReader.h"
 #include "inspect/SceneSummary.h"
+#include "inspect/SceneTree.h"
 #include "inspect/SummaryText.h"
+#include "inspect/Wording.h"
 
 #include "platform/Main.h"
 #include "platform/Platform.h"
 
 #include <cstdio>
+#include <new>
 
 namespace {
 
+// Exit codes.
 constexpr int Sound = 0;
-constexpr int Broken = 1;
+constexpr int NotSound = 1;
 constexpr int WrongUse = 2;
+constexpr int Different = 3;
+constexpr int NotWritten = 4;
 
 void PrintError(const std::u16string& line) {
     const std::string text = Utf8FromUtf16(line + u"\n");
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
+int TellFault(const std::u16string& file, const SceneFault& fault, Report kind) {
+    PrintError(file + u": " + FaultText(fault));
+    if (kind == Report::Json) {
+        PrintToStandardOutput(Utf16FromUtf8(FaultJson(fault)));
+    }
+    return NotSound;
+}
+
+// Reports that need no more than one pass over the file.
+int RunReport(const Options& options) {
+    SceneReading reading = ReadingOfFile(options.File);
+    std::u16string text;
+    if (options.Kind == Report::Tree) {
+        TreeText(reading, text);
+    } else {
+        SceneSummary summary;
+        SummarizeParts(reading, summary);
+        text = options.Kind == Report::Json ? Utf16FromUtf8(SummaryJson(summary)) : SummaryText(summary);
+    }
+    if (reading.Fault) {
+        return TellFault(options.File, *reading.Fault, options.Kind);
+    }
+    PrintToStandardOutput(text);
+    return Sound;
+}
+
+int RunDiff(const Options& options) {
+    StoredScene scene;
+    StoredScene other;
+    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
+        return TellFault(options.File, *fault, options.Kind);
+    }
+    if (const auto fault = ReadStoredSceneFile(options.Other, other)) {
+        return TellFault(options.Other, *fault, options.Kind);
+    }
+    const SceneDifferences differences = CompareScenes(scene, other);
+    if (differences.Count == 0) {
+        PrintToStandardOutput(u"no differences\n");
+        return Sound;
+    }
+    PrintToStandardOutput(Counted(differences.Count, u"difference", u"differences") + u"\nfirst: " +
+                          differences.First + u"\n");
+    return Different;
+}
+
+// False if nothing could be written.
+bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& textures) {
+    const GltfFile gltf = ExportGltf(scene, textures);
+    if (gltf.TrianglesLeftOut != 0) {
+        PrintError(options.File + u": " + Counted(gltf.TrianglesLeftOut, u"triangle", u"triangles") +
+                   u" with a number that isn't finite left out of " + options.GltfFile);
+    }
+    if (gltf.Bytes.empty()) {
+        PrintError(options.GltfFile + u": the scene is too large for binary glTF, which ends at 4 GiB");
+        return false;
+    }
+    if (!WriteWholeFile(options.GltfFile, gltf.Bytes)) {
+        PrintError(options.GltfFile + u": the file can't be written");
+        return false;
+    }
+    return true;
+}
+
+bool WritePicture(const Options& options, const StoredScene& scene, TextureShelf& textures) {
+    const std::string png = EncodePng(DrawScene(scene, textures, options.Width, options.Height));
+    if (png.empty() || !WriteWholeFile(options.PictureFile, png)) {
+        PrintError(options.PictureFile + u": the file can't be written");
+        return false;
+    }
+    return true;
+}
+
+std::u16string TextureDirectory(const Options& options) {
+    if (options.TextureDirectory.empty()) {
+        return DirectoryPart(options.File);
+    }
+    return LastComponent(options.TextureDirectory).empty() ? options.TextureDirectory
+                                                           : options.TextureDirectory + u"/";
+}
+
+// The files that can be made besides. The scene has been found sound before.
+int WriteOutputs(const Options& options) {
+    StoredScene scene;
+    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
+        return TellFault(options.File, *fault, options.Kind);
+    }
+    if (const uint64_t count = Summarize(scene).NodesWithMatrix; count != 0) {
+        PrintError(options.File + u": " + Counted(count, u"matrix", u"matrices") +
+                   u" other than the identity not applied");
+    }
+    TextureShelf textures;
+    textures.Directory = TextureDirectory(options);
+    bool written = true;
+    if (!options.GltfFile.empty()) {
+        written = WriteGltf(options, scene, textures);
+    }
+    if (!options.PictureFile.empty()) {
+        written = WritePicture(options, scene, textures) && written;
+    }
+    for (const std::u16string& warning : textures.Warnings) {
+        PrintError(options.File + u": " + warning);
+    }
+    return written ? Sound : NotWritten;
+}
+
+int Run(const Options& options) {
+    const int reported = options.Kind == Report::Differences ? RunDiff(options) : RunReport(options);
+    const bool wantsOutput = !options.GltfFile.empty() || !options.PictureFile.empty();
+    if (reported == NotSound || !wantsOutput) {
+        return reported;
+    }
+    const int written = WriteOutputs(options);
+    return written == Sound ? reported : written;
+}
+
 } // namespace
 
 int Main(const std::vector<std::u16string>& arguments) {
-    // No options yet, and what looks like one shall not silently be taken for a file.
-    if (arguments.size() != 1 || arguments[0].starts_with(u"--")) {
-        PrintError(u"Usage: scene-inspect FILE");
+    Options options;
+    const std::u16string wrong = ParseOptions(arguments, options);
+    if (!wrong.empty()) {
+        PrintError(u"scene-inspect: " + wrong);
+        PrintError(UsageText());
         return WrongUse;
     }
-    StoredScene scene;
-    if (const auto fault = ReadStoredSceneFile(arguments[0], scene)) {
-        PrintError(arguments[0] + u": " + FaultText(*fault));
-        return Broken;
+    if (options.WantsHelp) {
+        PrintToStandardOutput(UsageText());
+        return Sound;
     }
-    PrintToStandardOutput(SummaryText(Summarize(scene)));
-    return Sound;
+    try {
+        return Run(options);
+    } catch (const std::bad_alloc&) {
+        PrintError(options.File + u": not enough memory");
+        return NotWritten;
+    }
 }

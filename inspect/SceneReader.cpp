@@ -1,11 +1,13 @@
-// The scene file reader: one pass over the bytes, a stack of nodes in place of recursion, and no memory
-// asked for before the bytes that fill it are known to be there.
+// The scene file reader: one pass over the bytes, a stack of counts in place of recursion, and no memory
+// asked for beyond what the bytes met so far have filled, but for one step.
 #include "inspect/SceneReader.h"
+
+#include "inspect/Wording.h"
 
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -32,25 +34,15 @@ constexpr size_t ColourAt = 12;
 // The least a mesh block takes: its two records and two strings of one NUL each.
 constexpr size_t SmallestMeshBlock = MeshSize + MaterialSize + 2 + 2;
 constexpr size_t TriangleSize = 12;
+// How much of an array is read at a time.
+constexpr size_t StepSize = size_t{1} << 15;
 
-// Bytes. Far above any scene seen; keeps an endless device from being read for ever.
-constexpr uint64_t MaxFileSize = uint64_t{4} << 30;
-constexpr size_t ReadStep = size_t{1} << 20;
-
-std::u16string Decimal(uint64_t value) {
-    char digits[20];
-    char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    return std::u16string(digits, end);
-}
-
-// The lowest digits of the value, as many as asked for.
-std::u16string Hex(uint32_t value, unsigned digits) {
-    std::u16string text;
-    for (unsigned digit = digits; digit-- > 0;) {
-        text += u"0123456789ABCDEF"[(value >> (digit * 4)) & 0xF];
-    }
-    return text;
-}
+// A record that has been read, with its place and its name for messages.
+template <size_t RecordSize> struct Record {
+    std::array<uint8_t, RecordSize> Data;
+    uint64_t Start = 0;
+    const char16_t* What = nullptr;
+};
 
 template <typename T> T At(const uint8_t* data) {
     T value;
@@ -58,70 +50,122 @@ template <typename T> T At(const uint8_t* data) {
     return value;
 }
 
-// Where the reading stands. Once Fault is set, every operation below gives false and changes nothing.
-struct Cursor {
-    std::span<const uint8_t> Bytes;
-    size_t Position = 0;
-    std::optional<SceneFault> Fault;
-};
-
-size_t BytesLeft(const Cursor& cursor) {
-    return cursor.Bytes.size() - cursor.Position;
-}
-
-// A record or array that has been found to lie within the file, with its name for messages.
-struct Item {
-    const uint8_t* Data = nullptr;
-    size_t Start = 0;
-    const char16_t* What = nullptr;
-};
-
-bool Fail(Cursor& cursor, size_t offset, const std::u16string& what, const std::u16string& reason) {
-    if (!cursor.Fault) {
-        cursor.Fault = SceneFault{offset, what + u": " + reason};
+bool Fail(SceneReading& reading, uint64_t offset, const std::u16string& reason) {
+    if (!reading.Fault) {
+        reading.Fault = SceneFault{offset, reason};
     }
     return false;
 }
 
-bool Take(Cursor& cursor, uint64_t size, const char16_t* what, Item& item) {
-    if (cursor.Fault) {
-        return false;
+bool Fail(SceneReading& reading, uint64_t offset, const char16_t* what, const std::u16string& reason) {
+    return Fail(reading, offset, what + (u": " + reason));
+}
+
+// As many of the bytes as there are; sets the fault if it is the file that fails.
+size_t Fetch(SceneReading& reading, void* to, size_t size) {
+    size_t got = 0;
+    if (reading.File != nullptr) {
+        got = std::fread(to, 1, size, reading.File.get());
+        if (got < size && std::ferror(reading.File.get()) != 0) {
+            Fail(reading, reading.Position + got, u"the file can't be read");
+        }
+    } else {
+        const auto rest = reading.Bytes.subspan(static_cast<size_t>(reading.Position));
+        got = std::min(size, rest.size());
+        std::copy_n(rest.begin(), got, static_cast<uint8_t*>(to));
     }
-    if (size > BytesLeft(cursor)) {
-        Fail(cursor, cursor.Position, what,
-             Decimal(size) + u" bytes needed, " + Decimal(BytesLeft(cursor)) + u" left");
-        return false;
+    reading.Position += got;
+    return got;
+}
+
+bool FailShort(SceneReading& reading, uint64_t start, const char16_t* what, uint64_t needed,
+               uint64_t got) {
+    return Fail(reading, start, what, Number(needed) + u" bytes needed, " + Number(got) + u" left");
+}
+
+template <size_t RecordSize>
+bool Take(SceneReading& reading, const char16_t* what, Record<RecordSize>& record) {
+    record.Start = reading.Position;
+    record.What = what;
+    const size_t got = Fetch(reading, record.Data.data(), RecordSize);
+    return got == RecordSize || FailShort(reading, record.Start, what, RecordSize, got);
+}
+
+// Nothing if it isn't known.
+std::optional<uint64_t> BytesLeft(const SceneReading& reading) {
+    if (!reading.Size) {
+        return std::nullopt;
     }
-    item = {cursor.Bytes.data() + cursor.Position, cursor.Position, what};
-    cursor.Position += static_cast<size_t>(size);
+    return *reading.Size - std::min(*reading.Size, reading.Position);
+}
+
+// Reads an array of count items and hands it over in parts: use(items, number of the first) gives false
+// if it has found a fault.
+template <typename T, typename Use>
+bool TakeArray(SceneReading& reading, uint64_t count, const char16_t* what, Use use) {
+    const uint64_t start = reading.Position;
+    const uint64_t needed = count * sizeof(T);
+    if (const auto left = BytesLeft(reading); left && needed > *left) {
+        return FailShort(reading, start, what, needed, *left);
+    }
+    std::array<T, StepSize / sizeof(T)> step;
+    uint64_t done = 0;
+    while (done < count) {
+        const auto wanted = static_cast<size_t>(std::min<uint64_t>(step.size(), count - done));
+        const size_t got = Fetch(reading, step.data(), wanted * sizeof(T));
+        if (got < wanted * sizeof(T)) {
+            return FailShort(reading, start, what, needed, reading.Position - start);
+        }
+        if (!use(std::span<const T>(step.data(), wanted), done)) {
+            return false;
+        }
+        done += wanted;
+    }
     return true;
 }
 
-bool CheckWord(Cursor& cursor, const Item& item, size_t at, uint32_t expected, const char16_t* field) {
-    const auto word = At<uint32_t>(item.Data + at);
-    if (word == expected) {
-        return true;
+// Empties the vector, and makes room for count items if the file is known to have their bytes.
+template <typename T> void Prepare(const SceneReading& reading, uint64_t count, std::vector<T>& values) {
+    values.clear();
+    if (const auto left = BytesLeft(reading); left && count * sizeof(T) <= *left) {
+        values.reserve(static_cast<size_t>(count));
     }
-    return Fail(cursor, item.Start + at, item.What,
+}
+
+template <typename T> void Append(std::vector<T>& values, std::span<const T> more) {
+    values.insert(values.end(), more.begin(), more.end());
+}
+
+template <size_t RecordSize> bool CheckWord(SceneReading& reading, const Record<RecordSize>& record,
+                                            size_t at, uint32_t expected, const char16_t* field) {
+    const auto word = At<uint32_t>(record.Data.data() + at);
+    return word == expected ||
+           Fail(reading, record.Start + at, record.What,
                 std::u16string(field) + u" is " + Hex(word, 8) + u", not " + Hex(expected, 8));
 }
 
-bool CheckZero(Cursor& cursor, const Item& item, size_t from, size_t size, const char16_t* field) {
-    for (size_t at = from; at < from + size; ++at) {
-        if (item.Data[at] != 0) {
-            return Fail(cursor, item.Start + at, item.What,
-                        std::u16string(field) + u" is " + Hex(item.Data[at], 2) + u", not 00");
-        }
-    }
-    return true;
+bool CheckZero(SceneReading& reading, std::span<const uint8_t> bytes, uint64_t start,
+               const char16_t* what, const char16_t* field) {
+    const auto place = std::find_if(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte != 0; });
+    return place == bytes.end() ||
+           Fail(reading, start + static_cast<uint64_t>(place - bytes.begin()), what,
+                std::u16string(field) + u" is " + Hex(*place, 2) + u", not 00");
 }
 
-bool CheckReserved(Cursor& cursor, const Item& item, size_t from, size_t size) {
-    return CheckZero(cursor, item, from, size, u"reserved byte");
+template <size_t RecordSize> bool CheckZero(SceneReading& reading, const Record<RecordSize>& record,
+                                            size_t from, size_t size, const char16_t* field) {
+    return CheckZero(reading, std::span(record.Data).subspan(from, size), record.Start + from,
+                     record.What, field);
 }
 
-bool CheckOne(Cursor& cursor, const Item& item, size_t at) {
-    return CheckWord(cursor, item, at, std::bit_cast<uint32_t>(1.0F), u"fixed float");
+template <size_t RecordSize>
+bool CheckReserved(SceneReading& reading, const Record<RecordSize>& record, size_t from, size_t size) {
+    return CheckZero(reading, record, from, size, u"reserved byte");
+}
+
+template <size_t RecordSize>
+bool CheckOne(SceneReading& reading, const Record<RecordSize>& record, size_t at) {
+    return CheckWord(reading, record, at, std::bit_cast<uint32_t>(1.0F), u"fixed float");
 }
 
 // The most that a count can be, and what sets the limit.
@@ -131,287 +175,317 @@ struct Limit {
 };
 constexpr Limit MeshVertices = {99999, u"the most that a mesh can have"};
 
-// What no count can exceed: items of the given least size have to fit into the bytes.
-Limit FileLimit(uint64_t bytes, size_t itemSize) {
-    return {bytes / itemSize, u"the most that the rest of the file can hold"};
+// What no count can exceed: items of the given least size have to fit into what is left of the file
+// beside the bytes that are spoken for already. No limit if the file's size isn't known.
+Limit FileLimit(const SceneReading& reading, uint64_t spokenFor, size_t itemSize) {
+    constexpr auto setter = u"the most that the rest of the file can hold";
+    const auto left = BytesLeft(reading);
+    if (!left) {
+        return {UINT64_MAX, setter};
+    }
+    return {(*left - std::min(*left, spokenFor)) / itemSize, setter};
 }
 
 // A signed count of the file.
-bool TakeCount(Cursor& cursor, const Item& item, size_t at, Limit limit, const char16_t* field,
-               uint32_t& count) {
-    const auto value = At<int32_t>(item.Data + at);
+template <size_t RecordSize> bool CheckCount(SceneReading& reading, const Record<RecordSize>& record,
+                                             size_t at, Limit limit, const char16_t* field,
+                                             uint32_t& count) {
+    const auto value = At<int32_t>(record.Data.data() + at);
     if (value < 0) {
-        return Fail(cursor, item.Start + at, item.What,
-                    std::u16string(field) + u" is negative: -" +
-                        Decimal(static_cast<uint64_t>(-int64_t{value})));
+        return Fail(reading, record.Start + at, record.What,
+                    std::u16string(field) + u" is negative: " + Number(value));
     }
     count = static_cast<uint32_t>(value);
-    if (count > limit.Most) {
-        return Fail(cursor, item.Start + at, item.What,
-                    std::u16string(field) + u" is " + Decimal(count) + u", above " +
-                        Decimal(limit.Most) + u", " + limit.Setter);
-    }
-    return true;
+    return count <= limit.Most || Fail(reading, record.Start + at, record.What,
+                                       std::u16string(field) + u" is " + Number(count) + u", above " +
+                                           Number(limit.Most) + u", " + limit.Setter);
 }
 
-bool ReadHeader(Cursor& cursor) {
-    Item header;
-    return Take(cursor, HeaderSize, u"file header", header) &&
-           CheckWord(cursor, header, 0, HeaderMagic, u"magic") &&
-           CheckWord(cursor, header, 4, FormatVersion, u"version") &&
-           CheckReserved(cursor, header, 8, 4);
+bool ReadHeader(SceneReading& reading) {
+    Record<HeaderSize> header;
+    return Take(reading, u"file header", header) &&
+           CheckWord(reading, header, 0, HeaderMagic, u"magic") &&
+           CheckWord(reading, header, 4, FormatVersion, u"version") &&
+           CheckReserved(reading, header, 8, 4);
 }
 
 // UTF-16 of length units, the last and only the last of them NUL.
-bool ReadString(Cursor& cursor, uint32_t length, const char16_t* what, std::u16string& text) {
-    Item item;
-    if (!Take(cursor, uint64_t{length} * 2, what, item)) {
+bool ReadString(SceneReading& reading, uint32_t length, const char16_t* what, std::u16string& text) {
+    const uint64_t start = reading.Position;
+    text.clear();
+    const auto use = [&](std::span<const char16_t> units, uint64_t first) {
+        for (size_t unit = 0; unit < units.size(); ++unit) {
+            const bool last = first + unit == length - 1;
+            if ((units[unit] == 0) != last) {
+                return Fail(reading, start + (first + unit) * 2, what,
+                            last ? u"no NUL at its end" : u"NUL before its end");
+            }
+        }
+        text.append(units.begin(), units.end());
+        return true;
+    };
+    if (!TakeArray<char16_t>(reading, length, what, use)) {
         return false;
     }
-    text.resize(length - 1);
-    for (size_t unit = 0; unit < length; ++unit) {
-        const auto value = At<char16_t>(item.Data + unit * 2);
-        const bool last = unit == length - 1;
-        if ((value == 0) != last) {
-            return Fail(cursor, item.Start + unit * 2, item.What,
-                        last ? u"no NUL at its end" : u"NUL before its end");
-        }
-        if (!last) {
-            text[unit] = value;
-        }
-    }
+    text.pop_back();
     return true;
 }
 
-bool CheckLength(Cursor& cursor, const Item& record, size_t at, const char16_t* field,
-                 uint32_t& length) {
-    length = At<uint32_t>(record.Data + at);
-    if (length == 0) {
-        return Fail(cursor, record.Start + at, record.What,
-                    std::u16string(field) + u" is 0, with no room for the closing NUL");
-    }
-    return true;
+template <size_t RecordSize> bool CheckLength(SceneReading& reading, const Record<RecordSize>& record,
+                                              size_t at, const char16_t* field, uint32_t& length) {
+    length = At<uint32_t>(record.Data.data() + at);
+    return length != 0 || Fail(reading, record.Start + at, record.What,
+                               std::u16string(field) + u" is 0, with no room for the closing NUL");
 }
 
 // The file knows no colours but those of a byte divided by 255.
-bool CheckColour(Cursor& cursor, const Item& record, size_t at, float& colour) {
-    colour = At<float>(record.Data + at);
+bool CheckColour(SceneReading& reading, const Record<MaterialSize>& record, size_t at, float& colour) {
+    colour = At<float>(record.Data.data() + at);
     const float steps = colour * 255.0F;
     const bool inRange = steps >= 0.0F && steps < 255.5F && !std::signbit(colour);
-    if (!inRange || std::round(steps) / 255.0F != colour) {
-        return Fail(cursor, record.Start + at, record.What,
-                    u"colour " + Hex(At<uint32_t>(record.Data + at), 8) + u" is no byte divided by 255");
-    }
-    return true;
+    return (inRange && std::round(steps) / 255.0F == colour) ||
+           Fail(reading, record.Start + at, record.What,
+                u"colour " + Hex(At<uint32_t>(record.Data.data() + at), 8) +
+                    u" is no byte divided by 255");
 }
 
-bool ReadMaterial(Cursor& cursor, StoredMaterial& material) {
-    Item record;
+bool ReadMaterial(SceneReading& reading, StoredMaterial& material) {
+    Record<MaterialSize> record;
     uint32_t nameLength = 0;
     uint32_t pathLength = 0;
-    if (!Take(cursor, MaterialSize, u"material record", record) ||
-        !CheckWord(cursor, record, 0, MaterialMagic, u"magic") ||
-        !CheckLength(cursor, record, 4, u"name length", nameLength) ||
-        !CheckReserved(cursor, record, 8, 4)) {
+    if (!Take(reading, u"material record", record) ||
+        !CheckWord(reading, record, 0, MaterialMagic, u"magic") ||
+        !CheckLength(reading, record, 4, u"name length", nameLength) ||
+        !CheckReserved(reading, record, 8, 4)) {
         return false;
     }
     for (size_t channel = 0; channel < 4; ++channel) {
-        if (!CheckColour(cursor, record, ColourAt + channel * 4, material.Colour[channel])) {
+        if (!CheckColour(reading, record, ColourAt + channel * 4, material.Colour[channel])) {
             return false;
         }
     }
-    if (!CheckReserved(cursor, record, 28, 16) ||
-        !CheckLength(cursor, record, 44, u"texture path length", pathLength) ||
-        !CheckReserved(cursor, record, 48, 4) || !CheckOne(cursor, record, 52) ||
-        !CheckReserved(cursor, record, 56, 16) || !CheckOne(cursor, record, 72) ||
-        !CheckReserved(cursor, record, 76, 48) ||
-        !ReadString(cursor, nameLength, u"material name", material.Name) ||
-        !ReadString(cursor, pathLength, u"texture path", material.TexturePath)) {
+    if (!CheckReserved(reading, record, 28, 16) ||
+        !CheckLength(reading, record, 44, u"texture path length", pathLength) ||
+        !CheckReserved(reading, record, 48, 4) || !CheckOne(reading, record, 52) ||
+        !CheckReserved(reading, record, 56, 16) || !CheckOne(reading, record, 72) ||
+        !CheckReserved(reading, record, 76, 48) ||
+        !ReadString(reading, nameLength, u"material name", material.Name) ||
+        !ReadString(reading, pathLength, u"texture path", material.TexturePath)) {
         return false;
     }
     for (size_t channel = 0; channel < 3 && !material.TexturePath.empty(); ++channel) {
         if (material.Colour[channel] != 1.0F) {
-            return Fail(cursor, record.Start + ColourAt + channel * 4, record.What,
+            return Fail(reading, record.Start + ColourAt + channel * 4, record.What,
                         u"a material with a texture isn't white");
         }
     }
     return true;
 }
 
-template <typename T> bool ReadArray(Cursor& cursor, uint64_t count, const char16_t* what,
-                                     std::vector<T>& values, Item& item) {
-    if (!Take(cursor, count * sizeof(T), what, item)) {
+bool ReadVertices(SceneReading& reading, uint32_t count, StoredMesh& mesh) {
+    Prepare(reading, count, mesh.Vertices);
+    const auto append = [&](std::span<const StoredVertex> vertices, uint64_t) {
+        Append(mesh.Vertices, vertices);
+        return true;
+    };
+    if (!TakeArray<StoredVertex>(reading, count, u"vertex array", append)) {
         return false;
     }
-    values.resize(static_cast<size_t>(count));
-    if (count != 0) {
-        std::memcpy(values.data(), item.Data, static_cast<size_t>(count) * sizeof(T));
-    }
-    return true;
+    const uint64_t start = reading.Position;
+    const auto check = [&](std::span<const uint8_t> bytes, uint64_t first) {
+        return CheckZero(reading, bytes, start + first, u"zero array", u"byte");
+    };
+    return TakeArray<uint8_t>(reading, uint64_t{count} * 4, u"zero array", check);
 }
 
-bool ReadMesh(Cursor& cursor, StoredMesh& mesh) {
-    Item record;
+bool ReadIndices(SceneReading& reading, uint64_t count, StoredMesh& mesh) {
+    const uint64_t start = reading.Position;
+    const size_t vertexCount = mesh.Vertices.size();
+    Prepare(reading, count, mesh.Indices);
+    const auto append = [&](std::span<const uint32_t> indices, uint64_t first) {
+        for (size_t position = 0; position < indices.size(); ++position) {
+            if (indices[position] >= vertexCount) {
+                return Fail(reading, start + (first + position) * 4, u"index array",
+                            u"index " + Number(indices[position]) + u" isn't below the vertex count " +
+                                Number(vertexCount));
+            }
+        }
+        Append(mesh.Indices, indices);
+        return true;
+    };
+    return TakeArray<uint32_t>(reading, count, u"index array", append);
+}
+
+bool ReadMesh(SceneReading& reading) {
+    Record<MeshSize> record;
     uint32_t vertexCount = 0;
     uint32_t triangleCount = 0;
-    if (!Take(cursor, MeshSize, u"mesh record", record) ||
-        !CheckWord(cursor, record, 0, MeshMagic, u"magic") ||
-        !TakeCount(cursor, record, 4, MeshVertices, u"vertex count", vertexCount) ||
-        !TakeCount(cursor, record, 8, FileLimit(BytesLeft(cursor), TriangleSize), u"triangle count",
-                   triangleCount) ||
-        !CheckReserved(cursor, record, 12, 40) || !ReadMaterial(cursor, mesh.Material)) {
-        return false;
-    }
-    Item vertices;
-    Item zeros;
-    const uint64_t zeroSize = uint64_t{vertexCount} * 4;
-    if (!ReadArray(cursor, vertexCount, u"vertex array", mesh.Vertices, vertices) ||
-        !Take(cursor, zeroSize, u"zero array", zeros) ||
-        !CheckZero(cursor, zeros, 0, static_cast<size_t>(zeroSize), u"byte")) {
-        return false;
-    }
-    Item indices;
-    if (!ReadArray(cursor, uint64_t{triangleCount} * 3, u"index array", mesh.Indices, indices)) {
-        return false;
-    }
-    for (size_t position = 0; position < mesh.Indices.size(); ++position) {
-        if (mesh.Indices[position] >= vertexCount) {
-            return Fail(cursor, indices.Start + position * 4, indices.What,
-                        u"index " + Decimal(mesh.Indices[position]) + u" isn't below the vertex count " +
-                            Decimal(vertexCount));
-        }
-    }
-    return true;
+    return Take(reading, u"mesh record", record) && CheckWord(reading, record, 0, MeshMagic, u"magic") &&
+           CheckCount(reading, record, 4, MeshVertices, u"vertex count", vertexCount) &&
+           CheckCount(reading, record, 8, FileLimit(reading, 0, TriangleSize), u"triangle count",
+                      triangleCount) &&
+           CheckReserved(reading, record, 12, 40) && ReadMaterial(reading, reading.Mesh.Material) &&
+           ReadVertices(reading, vertexCount, reading.Mesh) &&
+           ReadIndices(reading, uint64_t{triangleCount} * 3, reading.Mesh);
 }
 
-// Reads a node's record and meshes. owedNodes is how many node blocks the nodes read so far still owe;
-// on return childCount tells those of this one, not yet counted in.
-bool ReadNode(Cursor& cursor, uint64_t owedNodes, StoredNode& node, uint32_t& childCount) {
-    Item record;
-    if (!Take(cursor, NodeSize, u"node record", record) ||
-        !CheckWord(cursor, record, 0, NodeMagic, u"magic")) {
+bool ReadNode(SceneReading& reading) {
+    StoredNode& node = reading.Node;
+    Record<NodeSize> record;
+    if (!Take(reading, u"node record", record) || !CheckWord(reading, record, 0, NodeMagic, u"magic")) {
         return false;
     }
-    const auto* const name = reinterpret_cast<const char*>(record.Data + 4);
+    const auto* const name = reinterpret_cast<const char*>(record.Data.data() + 4);
     const void* const nul = std::memchr(name, 0, NodeNameSize);
     if (nul == nullptr) {
-        return Fail(cursor, record.Start + 4, record.What, u"no NUL in the name");
+        return Fail(reading, record.Start + 4, record.What, u"no NUL in the name");
     }
     node.Name.assign(name, static_cast<const char*>(nul));
-    if (!CheckZero(cursor, record, 4 + node.Name.size(), NodeNameSize - node.Name.size(),
+    if (!CheckZero(reading, record, 4 + node.Name.size(), NodeNameSize - node.Name.size(),
                    u"byte behind the name's NUL")) {
         return false;
     }
-    std::memcpy(node.Matrix.data(), record.Data + 260, sizeof node.Matrix);
+    std::memcpy(node.Matrix.data(), record.Data.data() + 260, sizeof node.Matrix);
     // Blocks owed elsewhere in the tree lie behind this one, so their least size isn't free for it: a
     // count that passes doesn't ask for more than the file holds, not even in sum over all nodes.
-    const uint64_t left = BytesLeft(cursor);
-    const uint64_t owed = owedNodes * NodeSize;
-    const uint64_t own = left > owed ? left - owed : 0;
-    uint32_t meshCount = 0;
-    if (!CheckReserved(cursor, record, 324, 4) ||
-        !TakeCount(cursor, record, 328, FileLimit(own, SmallestMeshBlock), u"mesh count", meshCount) ||
-        !TakeCount(cursor, record, 332, FileLimit(own - meshCount * SmallestMeshBlock, NodeSize),
-                   u"child count", childCount) ||
-        !CheckReserved(cursor, record, 336, 4)) {
-        return false;
-    }
-    node.Meshes.resize(meshCount);
-    for (StoredMesh& mesh : node.Meshes) {
-        if (!ReadMesh(cursor, mesh)) {
-            return false;
-        }
-    }
-    return true;
+    const uint64_t owed = reading.OwedNodes * NodeSize;
+    return CheckReserved(reading, record, 324, 4) &&
+           CheckCount(reading, record, 328, FileLimit(reading, owed, SmallestMeshBlock), u"mesh count",
+                      reading.MeshCount) &&
+           CheckCount(
+               reading, record, 332,
+               FileLimit(reading, owed + uint64_t{reading.MeshCount} * SmallestMeshBlock, NodeSize),
+               u"child count", reading.ChildCount) &&
+           CheckReserved(reading, record, 336, 4);
 }
 
-bool ReadTree(Cursor& cursor, std::vector<StoredNode>& nodes) {
-    struct Level {
-        uint32_t Node;
-        uint32_t ChildrenLeft;
-    };
-    std::vector<Level> path;
-    uint64_t owedNodes = 0;
-    std::optional<uint32_t> parent;
-    do {
-        uint32_t childCount = 0;
-        StoredNode node;
-        if (!ReadNode(cursor, owedNodes, node, childCount)) {
-            return false;
+ScenePart ReadEnd(SceneReading& reading) {
+    const uint64_t end = reading.Position;
+    const auto left = BytesLeft(reading);
+    uint8_t byte = 0;
+    if (Fetch(reading, &byte, 1) != 0) {
+        Fail(reading, end, u"end of file",
+             (left ? Number(*left) + u" " : std::u16string()) +
+                 u"bytes left over behind the last block");
+    }
+    return reading.Fault ? ScenePart::Fault : ScenePart::End;
+}
+
+ScenePart ReadNextPart(SceneReading& reading) {
+    if (reading.Fault) {
+        return ScenePart::Fault;
+    }
+    if (reading.OwedMeshes > 0) {
+        --reading.OwedMeshes;
+        return ReadMesh(reading) ? ScenePart::Mesh : ScenePart::Fault;
+    }
+    if (reading.Position == 0 && !ReadHeader(reading)) {
+        return ScenePart::Fault;
+    }
+    std::vector<uint32_t>& levels = reading.OwedChildren;
+    while (!levels.empty() && levels.back() == 0) {
+        levels.pop_back();
+    }
+    if (levels.empty()) {
+        return ReadEnd(reading);
+    }
+    --levels.back();
+    --reading.OwedNodes;
+    if (!ReadNode(reading)) {
+        return ScenePart::Fault;
+    }
+    reading.Depth = levels.size();
+    reading.OwedMeshes = reading.MeshCount;
+    reading.OwedNodes += reading.ChildCount;
+    levels.push_back(reading.ChildCount);
+    return ScenePart::Node;
+}
+
+// Where the file ends, if it can tell.
+std::optional<uint64_t> SizeOf(std::FILE* file) {
+    long size = -1;
+    if (std::fseek(file, 0, SEEK_END) == 0) {
+        size = std::ftell(file);
+        std::rewind(file);
+    }
+    // Devices and files that the system makes up as they are read have no size although they have bytes.
+    return size > 0 ? std::optional(static_cast<uint64_t>(size)) : std::nullopt;
+}
+
+void Collect(SceneReading& reading, StoredScene& scene) {
+    // The last node on each level of the way down.
+    std::vector<uint32_t> path;
+    for (ScenePart part = ReadPart(reading); part != ScenePart::End; part = ReadPart(reading)) {
+        if (part == ScenePart::Fault) {
+            return;
         }
-        node.Parent = parent;
-        const auto position = static_cast<uint32_t>(nodes.size());
-        if (parent) {
-            nodes[*parent].Children.push_back(position);
+        if (part == ScenePart::Mesh) {
+            scene.Nodes.back().Meshes.push_back(std::move(reading.Mesh));
+            continue;
         }
-        nodes.push_back(std::move(node));
-        path.push_back({position, childCount});
-        owedNodes += childCount;
-        while (!path.empty() && path.back().ChildrenLeft == 0) {
-            path.pop_back();
-        }
+        const auto position = static_cast<uint32_t>(scene.Nodes.size());
+        scene.Nodes.push_back(reading.Node);
+        path.resize(static_cast<size_t>(reading.Depth) - 1);
         if (!path.empty()) {
-            --path.back().ChildrenLeft;
-            --owedNodes;
-            parent = path.back().Node;
+            scene.Nodes.back().Parent = path.back();
+            scene.Nodes[path.back()].Children.push_back(position);
         }
-    } while (!path.empty());
-    return true;
+        path.push_back(position);
+    }
 }
 
-// Appends the whole file; gives false with the reason if it can't.
-bool ReadFile(const std::u16string& path, std::vector<uint8_t>& bytes, std::u16string& reason) {
-    std::FILE* const file = OpenForReading(path);
-    if (file == nullptr) {
-        reason = u"the file can't be opened";
-        return false;
+std::optional<SceneFault> ReadAll(SceneReading& reading, StoredScene& scene) {
+    scene.Nodes.clear();
+    try {
+        Collect(reading, scene);
+    } catch (const std::bad_alloc&) {
+        Fail(reading, reading.Position, u"not enough memory for the scene");
     }
-    size_t got = ReadStep;
-    while (got == ReadStep && bytes.size() <= MaxFileSize) {
-        const size_t before = bytes.size();
-        bytes.resize(before + ReadStep);
-        got = std::fread(bytes.data() + before, 1, ReadStep, file);
-        bytes.resize(before + got);
+    if (reading.Fault) {
+        scene.Nodes.clear();
     }
-    if (std::ferror(file) != 0) {
-        reason = u"the file can't be read";
-    } else if (bytes.size() > MaxFileSize) {
-        reason = u"the file is larger than 4 GiB";
-    }
-    std::fclose(file);
-    return reason.empty();
+    return reading.Fault;
 }
 
 } // namespace
 
 std::u16string FaultText(const SceneFault& fault) {
-    return u"at byte " + Decimal(fault.Offset) + u": " + fault.Reason;
+    return u"at byte " + Number(fault.Offset) + u": " + fault.Reason;
+}
+
+SceneReading ReadingOfBytes(std::span<const uint8_t> bytes) {
+    SceneReading reading;
+    reading.Bytes = bytes;
+    reading.Size = bytes.size();
+    return reading;
+}
+
+SceneReading ReadingOfFile(const std::u16string& path) {
+    SceneReading reading;
+    reading.File = {OpenForReading(path), std::fclose};
+    if (reading.File == nullptr) {
+        Fail(reading, 0, u"the file can't be opened");
+    } else {
+        reading.Size = SizeOf(reading.File.get());
+    }
+    return reading;
+}
+
+ScenePart ReadPart(SceneReading& reading) {
+    try {
+        return ReadNextPart(reading);
+    } catch (const std::bad_alloc&) {
+        Fail(reading, reading.Position, u"not enough memory for what stands here");
+        return ScenePart::Fault;
+    }
 }
 
 std::optional<SceneFault> ReadStoredScene(std::span<const uint8_t> bytes, StoredScene& scene) {
-    scene.Nodes.clear();
-    Cursor cursor{bytes, 0, std::nullopt};
-    if (ReadHeader(cursor) && ReadTree(cursor, scene.Nodes) && BytesLeft(cursor) != 0) {
-        Fail(cursor, cursor.Position, u"end of file",
-             Decimal(BytesLeft(cursor)) + u" bytes left over behind the last block");
-    }
-    if (cursor.Fault) {
-        scene.Nodes.clear();
-    }
-    return cursor.Fault;
+    SceneReading reading = ReadingOfBytes(bytes);
+    return ReadAll(reading, scene);
 }
 
 std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene) {
-    scene.Nodes.clear();
-    std::vector<uint8_t> bytes;
-    try {
-        std::u16string reason;
-        if (!ReadFile(path, bytes, reason)) {
-            return SceneFault{bytes.size(), reason};
-        }
-        return ReadStoredScene(bytes, scene);
-    } catch (const std::bad_alloc&) {
-        scene.Nodes.clear();
-        return SceneFault{bytes.size(), u"not enough memory for the file"};
-    }
+    SceneReading reading = ReadingOfFile(path);
+    return ReadAll(reading, scene);
 }

@@ -1,11 +1,14 @@
 // Reads a scene file back, as docs/scene-file.md tells the format, and checks every byte of it.
 //
 // All coordinates are scene coordinates as stored: left-handed, Y up. Nothing is converted but the byte
-// order. Time and memory stay in proportion to the size of the file, whatever its counts claim.
+// order. Time and memory stay in proportion to the bytes that are really there, whatever counts claim;
+// files may have any size.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -61,6 +64,37 @@ std::u16string FaultText(const SceneFault& fault);
 // the fault and leaves scene without nodes.
 std::optional<SceneFault> ReadStoredScene(std::span<const uint8_t> bytes, StoredScene& scene);
 
-// The same for a file. One that can't be opened or read, or is larger than 4 GiB, is a fault as well, at
-// the byte up to which it was read.
+// The same for a file. One that can't be opened or read is a fault as well, at the byte up to which it
+// was read.
 std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene);
+
+// A scene being read part by part, for those who needn't have all of it in memory at once. The file is
+// known to be sound only when End has come.
+struct SceneReading {
+    // What the last step met, replaced by the next one. Parent, Children and Meshes of Node stay empty.
+    StoredNode Node;
+    uint32_t MeshCount = 0;  // Of Node.
+    uint32_t ChildCount = 0; // Of Node.
+    uint64_t Depth = 0;      // Of Node: 1 for the root.
+    StoredMesh Mesh;         // Its owner is Node.
+    std::optional<SceneFault> Fault;
+
+    // The rest is the reader's own.
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> File = {nullptr, nullptr};
+    std::span<const uint8_t> Bytes; // In the place of File.
+    std::optional<uint64_t> Size;   // Unknown for pipes and their like.
+    uint64_t Position = 0;
+    uint64_t OwedNodes = 1;                   // Node blocks still to come, as far as is known.
+    uint32_t OwedMeshes = 0;                  // Of Node.
+    std::vector<uint32_t> OwedChildren = {1}; // On each level of the way down; the root on the first.
+};
+
+enum class ScenePart { Node, Mesh, End, Fault };
+
+// The bytes have to outlive the reading.
+SceneReading ReadingOfBytes(std::span<const uint8_t> bytes);
+SceneReading ReadingOfFile(const std::u16string& path);
+
+// Reads the next part: each node is followed by its meshes and then by its children. After End or Fault
+// the same comes again.
+ScenePart ReadPart(SceneReading& reading);

@@ -1,16 +1,18 @@
-// Gathers the facts in one pass over the nodes, which stand parents first.
+// Gathers the facts in one pass, a node or a mesh at a time.
 #include "inspect/SceneSummary.h"
 
 #include <algorithm>
 #include <cmath>
-#include <map>
-#include <tuple>
 
 namespace {
 
-using MaterialKey = std::tuple<std::u16string, std::u16string, std::array<float, 4>>;
-
 constexpr std::array<float, 16> IdentityMatrix = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+struct Tally {
+    SceneSummary& Summary;
+    std::map<MaterialKey, size_t> Rows; // Positions in Summary.Materials.
+    uint64_t MeshesOfNode = 0;
+};
 
 uint64_t CountNonFinite(std::span<const float> numbers) {
     return static_cast<uint64_t>(std::count_if(numbers.begin(), numbers.end(),
@@ -49,44 +51,88 @@ void AddVertex(const StoredVertex& vertex, SceneSummary& summary) {
     }
 }
 
-void AddMesh(const StoredMesh& mesh, std::map<MaterialKey, size_t>& materials, SceneSummary& summary) {
+void AddToMaterials(const StoredMesh& mesh, Tally& tally) {
+    std::vector<MaterialSummary>& materials = tally.Summary.Materials;
+    const auto [place, isNew] = tally.Rows.try_emplace(KeyOf(mesh.Material), materials.size());
+    if (isNew) {
+        materials.push_back({mesh.Material, 0, 0});
+    }
+    ++materials[place->second].Meshes;
+    materials[place->second].Triangles += mesh.Indices.size() / 3;
+}
+
+void AddToLargest(const StoredNode& node, const StoredMesh& mesh, Tally& tally) {
+    std::vector<MeshSummary>& largest = tally.Summary.LargestMeshes;
     const uint64_t triangles = mesh.Indices.size() / 3;
+    const auto place = std::find_if(largest.begin(), largest.end(), [&](const MeshSummary& other) {
+        return other.Triangles < triangles;
+    });
+    if (place == largest.end() && largest.size() == LargestMeshCount) {
+        return;
+    }
+    largest.insert(place, {tally.Summary.Nodes - 1, node.Name, tally.MeshesOfNode, mesh.Material.Name,
+                           mesh.Vertices.size(), triangles});
+    if (largest.size() > LargestMeshCount) {
+        largest.pop_back();
+    }
+}
+
+void AddNode(const StoredNode& node, uint64_t depth, Tally& tally) {
+    SceneSummary& summary = tally.Summary;
+    ++summary.Nodes;
+    summary.Levels = std::max(summary.Levels, depth);
+    summary.NodesWithMatrix += node.Matrix == IdentityMatrix ? 0 : 1;
+    summary.NonFiniteNumbers += CountNonFinite(node.Matrix);
+    tally.MeshesOfNode = 0;
+}
+
+void AddMesh(const StoredNode& node, const StoredMesh& mesh, Tally& tally) {
+    SceneSummary& summary = tally.Summary;
     ++summary.Meshes;
     summary.Vertices += mesh.Vertices.size();
-    summary.Triangles += triangles;
+    summary.Triangles += mesh.Indices.size() / 3;
     for (const StoredVertex& vertex : mesh.Vertices) {
         AddVertex(vertex, summary);
     }
     for (size_t first = 0; first < mesh.Indices.size(); first += 3) {
         summary.DegenerateTriangles += IsDegenerate(mesh, first) ? 1 : 0;
     }
-    const StoredMaterial& material = mesh.Material;
-    const auto [place, isNew] = materials.try_emplace(
-        MaterialKey{material.Name, material.TexturePath, material.Colour}, summary.Materials.size());
-    if (isNew) {
-        summary.Materials.push_back({material, 0, 0});
-    }
-    MaterialSummary& row = summary.Materials[place->second];
-    ++row.Meshes;
-    row.Triangles += triangles;
+    AddToMaterials(mesh, tally);
+    AddToLargest(node, mesh, tally);
+    ++tally.MeshesOfNode;
 }
 
 } // namespace
 
+MaterialKey KeyOf(const StoredMaterial& material) {
+    return {material.Name, material.TexturePath, material.Colour};
+}
+
 SceneSummary Summarize(const StoredScene& scene) {
     SceneSummary summary;
-    std::map<MaterialKey, size_t> materials;
+    Tally tally{summary, {}, 0};
     std::vector<uint64_t> levels;
     levels.reserve(scene.Nodes.size());
     for (const StoredNode& node : scene.Nodes) {
         levels.push_back(node.Parent ? levels[*node.Parent] + 1 : 1);
-        summary.Levels = std::max(summary.Levels, levels.back());
-        summary.NodesWithMatrix += node.Matrix == IdentityMatrix ? 0 : 1;
-        summary.NonFiniteNumbers += CountNonFinite(node.Matrix);
+        AddNode(node, levels.back(), tally);
         for (const StoredMesh& mesh : node.Meshes) {
-            AddMesh(mesh, materials, summary);
+            AddMesh(node, mesh, tally);
         }
     }
-    summary.Nodes = scene.Nodes.size();
     return summary;
+}
+
+std::optional<SceneFault> SummarizeParts(SceneReading& reading, SceneSummary& summary) {
+    summary = {};
+    Tally tally{summary, {}, 0};
+    ScenePart part = ReadPart(reading);
+    for (; part == ScenePart::Node || part == ScenePart::Mesh; part = ReadPart(reading)) {
+        if (part == ScenePart::Node) {
+            AddNode(reading.Node, reading.Depth, tally);
+        } else {
+            AddMesh(reading.Node, reading.Mesh, tally);
+        }
+    }
+    return reading.Fault;
 }

@@ -5,13 +5,28 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 // Materials are one if name, texture path and colour agree; the file doesn't tell more.
+using MaterialKey = std::tuple<std::u16string, std::u16string, std::array<float, 4>>;
+MaterialKey KeyOf(const StoredMaterial& material);
+
 struct MaterialSummary {
     StoredMaterial Material;
     uint64_t Meshes = 0;
+    uint64_t Triangles = 0;
+};
+
+// One mesh, by its place: the node's number in the file and the mesh's number in the node, both from 0.
+struct MeshSummary {
+    uint64_t Node = 0;
+    std::string NodeName; // As in StoredNode.
+    uint64_t Mesh = 0;
+    std::u16string Material; // The material's name.
+    uint64_t Vertices = 0;
     uint64_t Triangles = 0;
 };
 
@@ -21,6 +36,9 @@ struct SceneBounds {
     std::array<float, 3> Maximum;
 };
 
+// How many of the largest meshes are kept.
+constexpr size_t LargestMeshCount = 5;
+
 struct SceneSummary {
     uint64_t Nodes = 0;
     uint64_t NodesWithMatrix = 0; // Those whose matrix isn't the identity. 0 in a finished scene.
@@ -28,10 +46,16 @@ struct SceneSummary {
     uint64_t Meshes = 0;
     uint64_t Vertices = 0;
     uint64_t Triangles = 0;
-    uint64_t DegenerateTriangles = 0;  // Area 0 or not a number, in double precision.
-    uint64_t NonFiniteNumbers = 0;     // Infinities and NaNs in vertices and matrices.
-    std::optional<SceneBounds> Bounds; // Of the vertices with finite positions; nothing without any.
+    uint64_t DegenerateTriangles = 0;       // Area 0 or not a number, in double precision.
+    uint64_t NonFiniteNumbers = 0;          // Infinities and NaNs in vertices and matrices.
+    std::optional<SceneBounds> Bounds;      // Of the vertices with finite positions, if there are any.
     std::vector<MaterialSummary> Materials; // In the order of their first mesh.
+    // By number of triangles, the most first; in the order of the file where it is the same.
+    std::vector<MeshSummary> LargestMeshes;
 };
 
 SceneSummary Summarize(const StoredScene& scene);
+
+// The same without the scene in memory. Gives the fault if the file isn't sound; the summary is then of
+// the part before it.
+std::optional<SceneFault> SummarizeParts(SceneReading& reading, SceneSummary& summary);

@@ -1,27 +1,13 @@
-// Words the summary. Numbers are in the shortest form that reads back to the same value, whatever the
-// locale.
+// Words the summary, one fact to a line, with the numbers in a column.
 #include "inspect/SummaryText.h"
 
+#include "inspect/Wording.h"
+
 #include <algorithm>
-#include <charconv>
 
 namespace {
 
-constexpr size_t LabelWidth = 22; // Characters, so that the numbers stand in a column.
-
-template <typename T> std::u16string Number(T value) {
-    char digits[64];
-    char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    return std::u16string(digits, end);
-}
-
-template <typename List> std::u16string Numbers(const List& values) {
-    std::u16string text;
-    for (const auto value : values) {
-        text += (text.empty() ? u"" : u" ") + Number(value);
-    }
-    return text;
-}
+constexpr size_t LabelWidth = 22; // Characters.
 
 std::u16string Line(const std::u16string& label, const std::u16string& value) {
     std::u16string line = label;
@@ -29,26 +15,29 @@ std::u16string Line(const std::u16string& label, const std::u16string& value) {
     return line + value + u"\n";
 }
 
-std::u16string Quoted(const std::u16string& name) {
-    std::u16string text = u"\"";
-    for (const char16_t unit : name) {
-        // C0, DEL and C1: all that a terminal may take for a command.
-        if (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) {
-            text += u"\\x";
-            text += u"0123456789ABCDEF"[unit >> 4];
-            text += u"0123456789ABCDEF"[unit & 0xF];
-        } else {
-            text += unit;
-        }
+std::u16string MaterialLine(const MaterialSummary& row) {
+    std::u16string text = u"  " + Quoted(row.Material.Name) + u" rgba " + Numbers(row.Material.Colour);
+    if (!row.Material.TexturePath.empty()) {
+        text += u" texture " + Quoted(row.Material.TexturePath);
     }
-    return text + u"\"";
+    return text + u", " + Counted(row.Triangles, u"triangle", u"triangles") + u" in " +
+           Counted(row.Meshes, u"mesh", u"meshes") + u"\n";
+}
+
+std::u16string MeshLine(const MeshSummary& mesh) {
+    const std::u16string nodeName =
+        mesh.NodeName.empty() ? u"" : u" " + Quoted(NodeNameText(mesh.NodeName));
+    return u"  node " + Number(mesh.Node) + nodeName + u" mesh " + Number(mesh.Mesh) + u" " +
+           Quoted(mesh.Material) + u", " + Counted(mesh.Triangles, u"triangle", u"triangles") + u", " +
+           Counted(mesh.Vertices, u"vertex", u"vertices") + u"\n";
 }
 
 } // namespace
 
 std::u16string SummaryText(const SceneSummary& summary) {
     std::u16string text;
-    text += Line(u"nodes", Number(summary.Nodes) + u" on " + Number(summary.Levels) + u" levels");
+    text +=
+        Line(u"nodes", Number(summary.Nodes) + u" on " + Counted(summary.Levels, u"level", u"levels"));
     if (summary.NodesWithMatrix != 0) {
         text += Line(u"", Number(summary.NodesWithMatrix) + u" with a matrix other than the identity");
     }
@@ -62,11 +51,13 @@ std::u16string SummaryText(const SceneSummary& summary) {
                                            : u"none");
     text += Line(u"materials", Number(summary.Materials.size()));
     for (const MaterialSummary& row : summary.Materials) {
-        text += u"  " + Quoted(row.Material.Name) + u" rgba " + Numbers(row.Material.Colour);
-        if (!row.Material.TexturePath.empty()) {
-            text += u" texture " + Quoted(row.Material.TexturePath);
-        }
-        text += u", " + Number(row.Triangles) + u" triangles in " + Number(row.Meshes) + u" meshes\n";
+        text += MaterialLine(row);
+    }
+    if (!summary.LargestMeshes.empty()) {
+        text += u"largest meshes\n";
+    }
+    for (const MeshSummary& mesh : summary.LargestMeshes) {
+        text += MeshLine(mesh);
     }
     return text;
 }

@@ -6,5 +6,5 @@
 #include <string>
 
 // Several lines, each closed by LF. Names from the file come in quotes, their control characters as
-// escapes, so that a hostile name can't reach the terminal.
+// escapes.
 std::u16string SummaryText(const SceneSummary& summary);

@@ -19,7 +19,7 @@ install_packages() {
     fi
 }
 
-build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev)
+build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev libtinygltf-dev)
 test_packages=(libgtest-dev libgmock-dev)
 windows_packages=(g++-mingw-w64-x86-64-posix)
 wine_packages=(wine wine64)

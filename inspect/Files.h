@@ -1,0 +1,19 @@
+// Whole files in and out.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Nothing if the file can't be read or has more bytes than the limit.
+std::optional<std::vector<uint8_t>> ReadWholeFile(const std::u16string& path, size_t limit);
+
+// Replaces the file; gives false if not all bytes have gone out.
+bool WriteWholeFile(const std::u16string& path, std::string_view bytes);
+
+// What stands behind the last separator, and what stands before it, that included. Slash, backslash and
+// the colon of a drive separate.
+std::u16string LastComponent(const std::u16string& path);
+std::u16string DirectoryPart(const std::u16string& path);

@@ -1,0 +1,24 @@
+// A picture of a scene from a corner above: textured, lit from beside the eye, on a plain background.
+#pragma once
+
+#include "inspect/SceneReader.h"
+#include "inspect/Textures.h"
+
+#include <string>
+
+// Pixels per side of the largest picture, which takes about 1 GB to draw.
+constexpr uint32_t LargestPictureSide = 4096;
+
+struct ScenePicture {
+    uint32_t Width = 0; // Pixels.
+    uint32_t Height = 0;
+    std::vector<uint8_t> Pixels; // Red, green, blue; rows from the top.
+};
+
+// Both sides from 1 to LargestPictureSide. Triangles with a position that isn't finite are left out, and
+// node matrices aren't applied: in a finished scene they are the identity.
+ScenePicture DrawScene(const StoredScene& scene, TextureShelf& textures, uint32_t width,
+                       uint32_t height);
+
+// The picture as a PNG file; empty if that fails.
+std::string EncodePng(const ScenePicture& picture);

@@ -1,0 +1,10 @@
+// The node tree in words, for people.
+#pragma once
+
+#include "inspect/SceneReader.h"
+
+#include <string>
+
+// One line per node and mesh, indented by their level; nodes with their numbers in the file. Gives the
+// fault if the file isn't sound; the text is then of the part before it.
+std::optional<SceneFault> TreeText(SceneReading& reading, std::u16string& text);

@@ -1,0 +1,30 @@
+// The pictures that a scene's texture paths mean, found by the last component of the path in one
+// directory.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+// A picture file, PNG or JPEG, and its pixels.
+struct Texture {
+    std::vector<uint8_t> FileBytes;
+    const char* MimeType = nullptr;
+    uint32_t Width = 0; // Pixels, above 0.
+    uint32_t Height = 0;
+    std::vector<uint8_t> Pixels; // Red, green, blue, alpha; rows from the top.
+    bool IsOpaque = true;        // No pixel has alpha below 255.
+};
+
+struct TextureShelf {
+    std::u16string Directory; // With its closing separator; empty for the current one.
+    // By file name, in the order of their names; nothing for those that can't be used.
+    std::map<std::u16string, std::optional<Texture>> Pictures;
+    std::vector<std::u16string> Warnings; // One for each that can't be used.
+};
+
+// Null for an empty path and for pictures that can't be used. Each file is read once; the pointer holds
+// as long as the shelf does.
+const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath);

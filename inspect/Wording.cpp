@@ -1,0 +1,61 @@
+// The few words that all reports share.
+#include "inspect/Wording.h"
+
+#include <array>
+
+namespace {
+
+// Windows-1252 from 0x80 to 0x9F; the rest of the page is Latin-1. The five bytes without a character
+// stay control characters.
+constexpr std::array<char16_t, 32> Windows1252Upper = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+// C0, DEL and C1.
+bool IsControl(char16_t unit) {
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+}
+
+// Directions of writing, line and paragraph separators.
+bool ChangesOrder(char16_t unit) {
+    return (unit >= 0x200E && unit <= 0x200F) || (unit >= 0x2028 && unit <= 0x202E) ||
+           (unit >= 0x2066 && unit <= 0x2069);
+}
+
+} // namespace
+
+std::u16string Counted(uint64_t count, std::u16string_view one, std::u16string_view several) {
+    return (Number(count) + u" ").append(count == 1 ? one : several);
+}
+
+std::u16string Hex(uint32_t value, unsigned digits) {
+    std::u16string text;
+    for (unsigned digit = digits; digit-- > 0;) {
+        text += u"0123456789ABCDEF"[(value >> (digit * 4)) & 0xF];
+    }
+    return text;
+}
+
+std::u16string Quoted(std::u16string_view name) {
+    std::u16string text = u"\"";
+    for (const char16_t unit : name) {
+        if (IsControl(unit)) {
+            text += u"\\x" + Hex(unit, 2);
+        } else if (ChangesOrder(unit)) {
+            text += u"\\u" + Hex(unit, 4);
+        } else {
+            text += unit;
+        }
+    }
+    return text + u"\"";
+}
+
+std::u16string NodeNameText(std::string_view name) {
+    std::u16string text;
+    for (const char character : name) {
+        const auto byte = static_cast<uint8_t>(character);
+        text += byte >= 0x80 && byte < 0xA0 ? Windows1252Upper[byte - 0x80u] : char16_t{byte};
+    }
+    return text;
+}
