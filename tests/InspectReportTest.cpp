@@ -274,6 +274,7 @@ TEST(InspectReport, TellsTheOutcomeByItsExitCode) {
     result = run({u"short.bin"});
     EXPECT_EQ(result.ExitCode, 1);
     EXPECT_EQ(result.Output, "");
+    std::erase(result.Errors, '\r'); // Standard error output has the system's line ends.
     EXPECT_EQ(result.Errors, "short.bin: at byte 654: index array: 12 bytes needed, 11 left\n");
     result = run({u"--json", u"short.bin"});
     EXPECT_EQ(result.ExitCode, 1);
