@@ -4,7 +4,6 @@
 #include "inspect/Files.h"
 #include "inspect/GltfMesh.h"
 #include "inspect/SceneSummary.h"
-#include "inspect/TinyGltf.h"
 #include "inspect/Wording.h"
 
 #include "platform/Platform.h"
@@ -14,6 +13,7 @@
 #include <cstring>
 #include <map>
 #include <sstream>
+#include <tiny_gltf.h>
 
 namespace {
 

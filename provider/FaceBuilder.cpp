@@ -50,38 +50,59 @@ size_t AxisOf(Point3 normal) {
     return best;
 }
 
-void AppendIfAny(const std::vector<Point3>& from, uint32_t index, std::vector<Point3>& to) {
-    if (!from.empty()) {
-        to.push_back(from[index]);
-    }
-}
-
-// The part of a triangulation that has the given triangles, with the vertices that they use.
-FaceGeometry PartOf(const FaceGeometry& whole, const std::vector<size_t>& firstIndices,
-                    std::vector<uint32_t>& newIndices) {
-    FaceGeometry part;
-    for (const size_t first : firstIndices) {
-        for (size_t i = first; i < first + 3; ++i) {
-            const uint32_t vertex = whole.Indices[i];
-            if (newIndices[vertex] == NoIndex) {
-                newIndices[vertex] = static_cast<uint32_t>(part.Positions.size());
-                part.Positions.push_back(whole.Positions[vertex]);
-                AppendIfAny(whole.Normals, vertex, part.Normals);
-                AppendIfAny(whole.FrontCoordinates, vertex, part.FrontCoordinates);
-                AppendIfAny(whole.BackCoordinates, vertex, part.BackCoordinates);
-            }
-            part.Indices.push_back(newIndices[vertex]);
-        }
-    }
-    return part;
-}
-
 // Appends values to an array of the model; gives the index of the first, or NoIndex where there are
 // none.
 uint32_t Append(std::vector<Point3>& array, const std::vector<Point3>& values) {
     const uint32_t first = values.empty() ? NoIndex : static_cast<uint32_t>(array.size());
     array.insert(array.end(), values.begin(), values.end());
     return first;
+}
+
+// Appends the values of the chosen vertices of a face, each at its new index.
+uint32_t AppendChosen(std::vector<Point3>& array, const std::vector<Point3>& values,
+                      const std::vector<uint32_t>& newIndices, const ModelFace& face) {
+    if (values.empty()) {
+        return NoIndex;
+    }
+    const size_t first = array.size();
+    array.resize(first + face.Vertices.Count);
+    for (size_t vertex = 0; vertex < newIndices.size(); ++vertex) {
+        if (newIndices[vertex] != NoIndex) {
+            array[first + newIndices[vertex]] = values[vertex];
+        }
+    }
+    return static_cast<uint32_t>(first);
+}
+
+// Appends the triangles of one axis as a face with the vertices that they use. newIndices is memory that
+// is used again.
+void AddPart(Model& model, const FaceGeometry& whole, const std::vector<uint8_t>& axes, size_t axis,
+             std::vector<uint32_t>& newIndices) {
+    newIndices.assign(whole.Positions.size(), NoIndex);
+    ModelFace face;
+    face.Normal = Axes[axis];
+    face.Vertices.First = static_cast<uint32_t>(model.Positions.size());
+    face.Indices.First = static_cast<uint32_t>(model.Indices.size());
+    face.Normals = whole.Normals.empty() ? NoIndex : static_cast<uint32_t>(model.Normals.size());
+    for (size_t i = 0; i < whole.Indices.size(); ++i) {
+        if (axes[i / 3] != axis) {
+            continue;
+        }
+        const uint32_t vertex = whole.Indices[i];
+        if (newIndices[vertex] == NoIndex) {
+            newIndices[vertex] = face.Vertices.Count++;
+            model.Positions.push_back(whole.Positions[vertex]);
+            if (!whole.Normals.empty()) {
+                model.Normals.push_back(whole.Normals[vertex]);
+            }
+        }
+        model.Indices.push_back(newIndices[vertex]);
+    }
+    face.Indices.Count = static_cast<uint32_t>(model.Indices.size()) - face.Indices.First;
+    face.Distance = -Dot(face.Normal, model.Positions[face.Vertices.First]);
+    face.Front.Coordinates = AppendChosen(model.Coordinates, whole.FrontCoordinates, newIndices, face);
+    face.Back.Coordinates = AppendChosen(model.Coordinates, whole.BackCoordinates, newIndices, face);
+    model.Faces.push_back(face);
 }
 
 } // namespace
@@ -107,19 +128,83 @@ void AddTriangulation(Model& model, const FaceGeometry& geometry) {
         AddFace(model, geometry, normal);
         return;
     }
-    std::array<std::vector<size_t>, AxisCount> triangles;
+    std::vector<uint8_t> axes(geometry.Indices.size() / 3);
+    std::array<uint32_t, AxisCount> counts = {};
     size_t axis = AxisOf(normal);
-    for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
+    for (size_t triangle = 0; triangle < axes.size(); ++triangle) {
         // A triangle without area goes with the one before it.
-        const Point3 own = NormalOfTriangle(geometry, i);
+        const Point3 own = NormalOfTriangle(geometry, 3 * triangle);
         axis = Length(own) > 0.0 ? AxisOf(own) : axis;
-        triangles[axis].push_back(i);
+        axes[triangle] = static_cast<uint8_t>(axis);
+        ++counts[axis];
     }
     std::vector<uint32_t> newIndices;
     for (axis = 0; axis < AxisCount; ++axis) {
-        if (!triangles[axis].empty()) {
-            newIndices.assign(geometry.Positions.size(), NoIndex);
-            AddFace(model, PartOf(geometry, triangles[axis], newIndices), Axes[axis]);
+        if (counts[axis] > 0) {
+            AddPart(model, geometry, axes, axis, newIndices);
+        }
+    }
+}
+
+void CoverBothSides(Model& model, size_t firstFace, uint32_t material) {
+    for (size_t i = firstFace; i < model.Faces.size(); ++i) {
+        model.Faces[i].Front.Material = material;
+        model.Faces[i].Back = model.Faces[i].Front;
+    }
+}
+
+void DropUnusedVertices(FaceGeometry& geometry) {
+    std::vector<uint32_t> newIndices(geometry.Positions.size(), NoIndex);
+    for (const uint32_t vertex : geometry.Indices) {
+        newIndices[vertex] = 0;
+    }
+    uint32_t kept = 0;
+    for (size_t vertex = 0; vertex < newIndices.size(); ++vertex) {
+        if (newIndices[vertex] == NoIndex) {
+            continue;
+        }
+        const auto move = [&](std::vector<Point3>& values) {
+            if (!values.empty()) {
+                values[kept] = values[vertex];
+            }
+        };
+        move(geometry.Positions);
+        move(geometry.Normals);
+        move(geometry.FrontCoordinates);
+        move(geometry.BackCoordinates);
+        newIndices[vertex] = kept++;
+    }
+    for (std::vector<Point3>* values : {&geometry.Positions, &geometry.Normals,
+                                        &geometry.FrontCoordinates, &geometry.BackCoordinates}) {
+        values->resize(values->empty() ? 0 : kept);
+    }
+    for (uint32_t& vertex : geometry.Indices) {
+        vertex = newIndices[vertex];
+    }
+}
+
+void MakeFlatNormals(FaceGeometry& geometry) {
+    const auto expand = [&](std::vector<Point3>& values) {
+        if (values.empty()) {
+            return;
+        }
+        std::vector<Point3> corners;
+        corners.reserve(geometry.Indices.size());
+        for (const uint32_t vertex : geometry.Indices) {
+            corners.push_back(values[vertex]);
+        }
+        values.swap(corners);
+    };
+    expand(geometry.Positions);
+    expand(geometry.FrontCoordinates);
+    expand(geometry.BackCoordinates);
+    geometry.Normals.resize(geometry.Indices.size());
+    Point3 normal = {0.0, 0.0, 1.0};
+    for (size_t i = 0; i < geometry.Indices.size(); ++i) {
+        geometry.Indices[i] = static_cast<uint32_t>(i);
+        if (i % 3 == 2) {
+            MakeUnit(NormalOfTriangle(geometry, i - 2), normal);
+            std::fill_n(geometry.Normals.begin() + static_cast<ptrdiff_t>(i - 2), 3, normal);
         }
     }
 }

@@ -22,5 +22,15 @@ void AddFace(Model& model, const FaceGeometry& geometry, Point3 normal);
 // up to six, each with an axis as its normal, if not.
 void AddTriangulation(Model& model, const FaceGeometry& geometry);
 
+// Makes both sides of the faces from firstFace on show a material of their own, the back with the
+// texture coordinates of the front.
+void CoverBothSides(Model& model, size_t firstFace, uint32_t material);
+
+// Leaves out the vertices that no triangle uses.
+void DropUnusedVertices(FaceGeometry& geometry);
+
+// Gives each triangle vertices and a normal of its own; without area, the normal of the one before it.
+void MakeFlatNormals(FaceGeometry& geometry);
+
 // Sets Normals to the sums of the normals of the triangles at each vertex, weighted by area.
 void MakeSmoothNormals(FaceGeometry& geometry);

@@ -37,3 +37,12 @@ bool WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) 
     // Buffered bytes can still fail to go out here.
     return std::fclose(file) == 0 && written;
 }
+
+bool IsAbsolutePath(const std::u16string& path) {
+    return path.starts_with(u'/') || path.starts_with(u'\\') || (path.size() >= 2 && path[1] == u':');
+}
+
+std::u16string DirectoryOfPath(const std::u16string& path) {
+    const size_t separator = path.find_last_of(u"/\\:");
+    return separator == std::u16string::npos ? std::u16string() : path.substr(0, separator + 1);
+}

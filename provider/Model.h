@@ -15,6 +15,9 @@
 // Stands where an index refers to nothing.
 constexpr uint32_t NoIndex = 0xFFFFFFFF;
 
+// Levels of groups and instances within each other: who walks the model does so by recursion.
+constexpr uint32_t DeepestNesting = 512;
+
 struct IndexRange {
     uint32_t First = 0;
     uint32_t Count = 0;
@@ -128,4 +131,7 @@ struct Model {
     std::vector<Point3> Coordinates; // s, t, q
     std::vector<uint32_t> Indices;
     std::vector<ModelMapping> Mappings;
+
+    // What was left out of a file that could be used all the same: lines of text in UTF-8.
+    std::vector<std::string> Remarks;
 };

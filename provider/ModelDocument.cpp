@@ -11,15 +11,9 @@
 
 constexpr std::string_view VersionKey = "orvaneModel";
 constexpr double Version = 1.0;
-// Levels of groups and instances within each other: who walks the model does so by recursion.
-constexpr uint32_t DeepestNesting = 512;
 constexpr uint32_t ColorLimit = 256;
 
 namespace {
-
-bool IsAbsolute(const std::u16string& path) {
-    return path.starts_with(u'/') || path.starts_with(u'\\') || (path.size() >= 2 && path[1] == u':');
-}
 
 // The picture of a file name, loaded at its first use.
 bool ReadPicture(DocumentReader& reader, uint32_t node, uint32_t& index) {
@@ -34,7 +28,7 @@ bool ReadPicture(DocumentReader& reader, uint32_t node, uint32_t& index) {
     }
     const std::u16string file = Utf16FromUtf8(name);
     std::vector<uint8_t> bytes;
-    if (!ReadWholeFile(IsAbsolute(file) ? file : reader.Directory + file, bytes)) {
+    if (!ReadWholeFile(IsAbsolutePath(file) ? file : reader.Directory + file, bytes)) {
         return Fail(reader, node, "the picture " + Quoted(name) + " can't be found or read");
     }
     ModelPicture picture;

@@ -5,6 +5,7 @@
 #include "provider/JpegCheck.h"
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <cstdlib>
 #include <memory>
@@ -112,6 +113,24 @@ bool IsSoundPng(std::vector<uint8_t>& bytes) {
     return false;
 }
 
+bool HasAllowedSize(uint64_t width, uint64_t height) {
+    return width <= LargestPictureSide && height <= LargestPictureSide &&
+           width * height <= LargestPicturePixels;
+}
+
+bool WritePng(const stbi_uc* pixels, int width, int height, int channels, std::vector<uint8_t>& png) {
+    const int stride = width * channels;
+    assert(stride > 0);
+    int size = 0;
+    const std::unique_ptr<uint8_t, void (*)(void*)> encoded(
+        stbi_write_png_to_mem(pixels, stride, width, height, channels, &size), std::free);
+    if (encoded == nullptr) {
+        return false;
+    }
+    png.assign(encoded.get(), encoded.get() + size);
+    return true;
+}
+
 } // namespace
 
 const char* LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture) {
@@ -127,8 +146,7 @@ const char* LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture) {
         width <= 0 || height <= 0) {
         return "is not a PNG, JPEG, BMP or TGA file that can be decoded";
     }
-    if (width > static_cast<int>(LargestPictureSide) || height > static_cast<int>(LargestPictureSide) ||
-        static_cast<uint64_t>(width) * static_cast<uint64_t>(height) > LargestPicturePixels) {
+    if (!HasAllowedSize(static_cast<uint64_t>(width), static_cast<uint64_t>(height))) {
         return "has too many pixels";
     }
     if (Decode(bytes, width, height, channels) == nullptr) {
@@ -150,16 +168,19 @@ bool EncodePng(const ModelPicture& picture, std::vector<uint8_t>& png) {
     int height = 0;
     int channels = 0;
     const Pixels pixels = Decode(picture.Bytes, width, height, channels);
-    if (pixels == nullptr) {
+    return pixels != nullptr && WritePng(pixels.get(), width, height, channels, png);
+}
+
+bool MakePicture(uint32_t width, uint32_t height, std::span<const uint8_t> texels,
+                 ModelPicture& picture) {
+    constexpr int channels = 4;
+    if (width == 0 || height == 0 || !HasAllowedSize(width, height) ||
+        texels.size() != size_t{width} * height * channels) {
         return false;
     }
-    int size = 0;
-    const std::unique_ptr<uint8_t, void (*)(void*)> encoded(
-        stbi_write_png_to_mem(pixels.get(), width * channels, width, height, channels, &size),
-        std::free);
-    if (encoded == nullptr) {
-        return false;
-    }
-    png.assign(encoded.get(), encoded.get() + size);
-    return true;
+    picture.Width = width;
+    picture.Height = height;
+    picture.SoundPng = true;
+    return WritePng(texels.data(), static_cast<int>(width), static_cast<int>(height), channels,
+                    picture.Bytes);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 // Pixels per side, and in all, of the largest picture taken: keeps a small file from asking for
@@ -20,6 +21,11 @@ struct ModelPicture {
 // Takes over the bytes of a picture file after decoding it once for a check. Gives null, or the reason
 // why the bytes can't be used, which completes the sentence "the picture ...".
 const char* LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture);
+
+// Makes a picture of ready texels, red, green, blue, alpha, row by row from the top. Gives false when
+// the sizes are 0 or too large or don't fit the number of bytes.
+bool MakePicture(uint32_t width, uint32_t height, std::span<const uint8_t> texels,
+                 ModelPicture& picture);
 
 // The picture as a PNG file: its own bytes if they are one. Gives false when it can't be made.
 bool EncodePng(const ModelPicture& picture, std::vector<uint8_t>& png);

@@ -8,9 +8,9 @@
 
 namespace {
 
-// One line on standard error, whatever file name and reason hold.
-void ReportFailure(std::string_view path, std::string_view reason) {
-    std::string line = std::string(path) + ": " + std::string(reason);
+// One line on standard error, whatever file name and text hold.
+void ReportLine(std::string_view path, std::string_view text) {
+    std::string line = std::string(path) + ": " + std::string(text);
     for (char& c : line) {
         if (static_cast<unsigned char>(c) < ' ') {
             c = ' ';
@@ -67,7 +67,7 @@ int32_t SUModelCreateFromFile(ModelHandle* model, const char* path) {
     }
     const int32_t result = WithoutExceptions([&] {
         if (State().Open != nullptr) {
-            ReportFailure(path, "another model is still open");
+            ReportLine(path, "another model is still open");
             return Failure;
         }
         auto opened = std::make_unique<Model>();
@@ -80,8 +80,11 @@ int32_t SUModelCreateFromFile(ModelHandle* model, const char* path) {
             error = "there is not enough memory";
         }
         if (!isOpen) {
-            ReportFailure(path, error);
+            ReportLine(path, error);
             return Failure;
+        }
+        for (const std::string& remark : opened->Remarks) {
+            ReportLine(path, remark);
         }
         State().Open = std::move(opened);
         ++State().Serial;

@@ -203,9 +203,10 @@ TEST(ProviderDocument, NamesPlaceAndReasonOfEachError) {
 TEST(ProviderDocument, TellsWhereFilesAreBroken) {
     const std::string deep = "{\"orvaneModel\":" + Repeated("[", 100000);
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", "this is not a model document"},
-        {std::string("\x11\x11\x11\x11\0\0", 6), "this is not a model document"},
-        {"[1]", "this is not a model document"},
+        {"", "this is not a model document, nor a file of any other format known here"},
+        {std::string("\x11\x11\x11\x11\0\0", 6),
+         "this is not a model document, nor a file of any other format known here"},
+        {"[1]", "this is not a model document, nor a file of any other format known here"},
         {"{}", "this is JSON, but no model document: the key orvaneModel is missing"},
         {"{\"orvaneModel\": 2}", "orvaneModel: this must be 1, the only version there is"},
         {"{\"orvaneModel\": 1,\n  \"layers\": [}\n}",

@@ -1,5 +1,0 @@
-// The library's own code, compiled here and nowhere else. Without its file system it forgets a header.
-#include <fstream>
-
-#define TINYGLTF_IMPLEMENTATION
-#include "inspect/TinyGltf.h"
