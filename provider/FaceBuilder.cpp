@@ -3,6 +3,8 @@
 #include "provider/FaceBuilder.h"
 
 #include <algorithm>
+#include <numeric>
+#include <span>
 
 // Cosine of the angle between a triangle's normal and the face's: triangles closer to edge-on than this
 // could change sides when the coordinates are rounded.
@@ -41,13 +43,12 @@ bool FindCommonNormal(const FaceGeometry& geometry, Point3& normal) {
 }
 
 size_t AxisOf(Point3 normal) {
+    const std::array<double, AxisCount / 2> parts = {normal.X, normal.Y, normal.Z};
     size_t best = 0;
-    for (size_t axis = 1; axis < AxisCount; ++axis) {
-        if (Dot(normal, Axes[axis]) > Dot(normal, Axes[best])) {
-            best = axis;
-        }
+    for (size_t i = 1; i < parts.size(); ++i) {
+        best = std::abs(parts[i]) > std::abs(parts[best]) ? i : best;
     }
-    return best;
+    return 2 * best + (parts[best] < 0.0 ? 1 : 0);
 }
 
 // Appends values to an array of the model; gives the index of the first, or NoIndex where there are
@@ -58,50 +59,45 @@ uint32_t Append(std::vector<Point3>& array, const std::vector<Point3>& values) {
     return first;
 }
 
-// Appends the values of the chosen vertices of a face, each at its new index.
-uint32_t AppendChosen(std::vector<Point3>& array, const std::vector<Point3>& values,
-                      const std::vector<uint32_t>& newIndices, const ModelFace& face) {
-    if (values.empty()) {
-        return NoIndex;
-    }
-    const size_t first = array.size();
-    array.resize(first + face.Vertices.Count);
-    for (size_t vertex = 0; vertex < newIndices.size(); ++vertex) {
-        if (newIndices[vertex] != NoIndex) {
-            array[first + newIndices[vertex]] = values[vertex];
-        }
-    }
-    return static_cast<uint32_t>(first);
-}
-
-// Appends the triangles of one axis as a face with the vertices that they use. newIndices is memory that
-// is used again.
-void AddPart(Model& model, const FaceGeometry& whole, const std::vector<uint8_t>& axes, size_t axis,
+// Appends triangles of one axis as a face with the vertices that they use. newIndices has NoIndex for
+// each vertex, before and after.
+void AddPart(Model& model, const FaceGeometry& whole, std::span<const uint32_t> triangles, size_t axis,
              std::vector<uint32_t>& newIndices) {
-    newIndices.assign(whole.Positions.size(), NoIndex);
     ModelFace face;
     face.Normal = Axes[axis];
-    face.Vertices.First = static_cast<uint32_t>(model.Positions.size());
-    face.Indices.First = static_cast<uint32_t>(model.Indices.size());
-    face.Normals = whole.Normals.empty() ? NoIndex : static_cast<uint32_t>(model.Normals.size());
-    for (size_t i = 0; i < whole.Indices.size(); ++i) {
-        if (axes[i / 3] != axis) {
-            continue;
-        }
-        const uint32_t vertex = whole.Indices[i];
-        if (newIndices[vertex] == NoIndex) {
-            newIndices[vertex] = face.Vertices.Count++;
-            model.Positions.push_back(whole.Positions[vertex]);
-            if (!whole.Normals.empty()) {
-                model.Normals.push_back(whole.Normals[vertex]);
+    face.Indices = {static_cast<uint32_t>(model.Indices.size()),
+                    static_cast<uint32_t>(3 * triangles.size())};
+    std::vector<uint32_t> used; // vertices in the order of their new indices
+    used.reserve(std::min(whole.Positions.size(), 3 * triangles.size()));
+    model.Indices.resize(model.Indices.size() + 3 * triangles.size());
+    uint32_t* index = model.Indices.data() + face.Indices.First;
+    for (const uint32_t triangle : triangles) {
+        for (size_t corner = 0; corner < 3; ++corner) {
+            const uint32_t vertex = whole.Indices[3 * size_t{triangle} + corner];
+            if (newIndices[vertex] == NoIndex) {
+                newIndices[vertex] = static_cast<uint32_t>(used.size());
+                used.push_back(vertex);
             }
+            *index++ = newIndices[vertex];
         }
-        model.Indices.push_back(newIndices[vertex]);
     }
-    face.Indices.Count = static_cast<uint32_t>(model.Indices.size()) - face.Indices.First;
+    // Gives the index of the first, or NoIndex where there are none.
+    const auto appendUsed = [&](const std::vector<Point3>& values, std::vector<Point3>& array) {
+        const size_t first = array.size();
+        array.resize(first + (values.empty() ? 0 : used.size()));
+        for (size_t i = 0; i < array.size() - first; ++i) {
+            array[first + i] = values[used[i]];
+        }
+        return values.empty() ? NoIndex : static_cast<uint32_t>(first);
+    };
+    face.Vertices = {appendUsed(whole.Positions, model.Positions), static_cast<uint32_t>(used.size())};
+    face.Normals = appendUsed(whole.Normals, model.Normals);
+    face.Front.Coordinates = appendUsed(whole.FrontCoordinates, model.Coordinates);
+    face.Back.Coordinates = appendUsed(whole.BackCoordinates, model.Coordinates);
+    for (const uint32_t vertex : used) {
+        newIndices[vertex] = NoIndex;
+    }
     face.Distance = -Dot(face.Normal, model.Positions[face.Vertices.First]);
-    face.Front.Coordinates = AppendChosen(model.Coordinates, whole.FrontCoordinates, newIndices, face);
-    face.Back.Coordinates = AppendChosen(model.Coordinates, whole.BackCoordinates, newIndices, face);
     model.Faces.push_back(face);
 }
 
@@ -128,20 +124,28 @@ void AddTriangulation(Model& model, const FaceGeometry& geometry) {
         AddFace(model, geometry, normal);
         return;
     }
-    std::vector<uint8_t> axes(geometry.Indices.size() / 3);
-    std::array<uint32_t, AxisCount> counts = {};
+    const size_t count = geometry.Indices.size() / 3;
+    std::vector<uint8_t> axes(count);
+    std::array<size_t, AxisCount + 1> ends = {}; // of each axis, one place on: where the next begins
     size_t axis = AxisOf(normal);
-    for (size_t triangle = 0; triangle < axes.size(); ++triangle) {
+    for (size_t triangle = 0; triangle < count; ++triangle) {
         // A triangle without area goes with the one before it.
         const Point3 own = NormalOfTriangle(geometry, 3 * triangle);
         axis = Length(own) > 0.0 ? AxisOf(own) : axis;
         axes[triangle] = static_cast<uint8_t>(axis);
-        ++counts[axis];
+        ++ends[axis + 1];
     }
-    std::vector<uint32_t> newIndices;
+    std::partial_sum(ends.begin(), ends.end(), ends.begin());
+    std::array<size_t, AxisCount + 1> places = ends;
+    std::vector<uint32_t> order(count); // the triangles by their axes
+    for (size_t triangle = 0; triangle < count; ++triangle) {
+        order[places[axes[triangle]]++] = static_cast<uint32_t>(triangle);
+    }
+    std::vector<uint32_t> newIndices(geometry.Positions.size(), NoIndex);
     for (axis = 0; axis < AxisCount; ++axis) {
-        if (counts[axis] > 0) {
-            AddPart(model, geometry, axes, axis, newIndices);
+        const std::span triangles = std::span(order).subspan(ends[axis], ends[axis + 1] - ends[axis]);
+        if (!triangles.empty()) {
+            AddPart(model, geometry, triangles, axis, newIndices);
         }
     }
 }

@@ -33,8 +33,9 @@ constexpr Point3 Cross(Point3 a, Point3 b) {
     return {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
 }
 
+// Of lengths between 1e-150 and 1e150, which normals of triangles in single precision never leave.
 inline double Length(Point3 a) {
-    return std::hypot(a.X, a.Y, a.Z);
+    return std::sqrt(Dot(a, a));
 }
 
 // The vector of length 1 in the direction of a. Gives false, and leaves unit alone, when a has no length

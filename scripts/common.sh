@@ -42,6 +42,18 @@ make_packages() {
     rm -rf dist/_CPack_Packages
 }
 
+# Installs the official validator of glTF files beside the programs in a folder. Without the npm registry its test
+# is skipped.
+install_gltf_validator() {
+    local folder=$1/gltf-validator
+    command -v npm >/dev/null || install_packages nodejs npm
+    if ! [ -d "$folder/node_modules/gltf-validator" ]; then
+        mkdir -p "$folder"
+        npm install --silent --no-fund --no-audit --prefix "$folder" gltf-validator@2.0.0-dev.3.10 ||
+            echo "gltf-validator can't be installed"
+    fi
+}
+
 # Sets up a fresh Wine prefix in a folder of the build.
 make_wine_prefix() {
     rm -rf "$1"

@@ -214,10 +214,6 @@ size_t CountOpenedFlips(const std::u16string& name, const std::vector<uint8_t>& 
     return opened;
 }
 
-std::vector<uint8_t> BytesOf(std::string_view text) {
-    return {text.begin(), text.end()};
-}
-
 } // namespace
 
 TEST(ProviderFormats, ReadsGlbWithItsPicture) {
@@ -358,6 +354,14 @@ TEST(ProviderFormats, SurvivesDamagedGlb) {
 }
 
 #ifdef ORVANE_ASSIMP
+
+namespace {
+
+std::vector<uint8_t> BytesOf(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+} // namespace
 
 TEST(ProviderFormats, ReadsObjWithTwoMaterials) {
     WriteTestFile(u"brick.tga", SmallPicture());
