@@ -20,7 +20,7 @@ install_packages() {
 }
 
 build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev libtinygltf-dev libassimp-dev)
-test_packages=(libgtest-dev libgmock-dev assimp-testmodels parallel)
+test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel)
 windows_packages=(g++-mingw-w64-x86-64-posix)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
@@ -40,18 +40,6 @@ make_packages() {
         cpack --config "$folder/CPackConfig.cmake" -B dist >/dev/null
     done
     rm -rf dist/_CPack_Packages
-}
-
-# Installs the official validator of glTF files beside the programs in a folder. Without the npm registry its test
-# is skipped.
-install_gltf_validator() {
-    local folder=$1/gltf-validator
-    command -v npm >/dev/null || install_packages nodejs npm
-    if ! [ -d "$folder/node_modules/gltf-validator" ]; then
-        mkdir -p "$folder"
-        npm install --silent --no-fund --no-audit --prefix "$folder" gltf-validator@2.0.0-dev.3.10 ||
-            echo "gltf-validator can't be installed"
-    fi
 }
 
 # Sets up a fresh Wine prefix in a folder of the build.

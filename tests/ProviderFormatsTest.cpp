@@ -77,6 +77,7 @@ Conversion ConvertFile(const std::u16string& path) {
                                           {}});
     Conversion conversion;
     conversion.Errors = run.Errors;
+    std::erase(conversion.Errors, '\r'); // Standard error output has the system's line ends.
     EXPECT_EQ(run.ExitCode, 0) << run.Errors;
     if (run.ExitCode == 0) {
         const auto fault = ReadStoredSceneFile(PathText(out.Path / "scene.bin"), conversion.Scene);
