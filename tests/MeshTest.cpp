@@ -80,12 +80,12 @@ Indices UpTo(size_t count) {
     return indices;
 }
 
-void AppendPolygon(PolygonList& list, int32_t materialIndex, size_t corners, float x) {
-    SourcePolygon& polygon = list.Append(std::make_unique<SourcePolygon>());
-    polygon.MaterialIndex = materialIndex;
-    for (size_t i = 0; i < corners; ++i) {
-        polygon.Vertices.push_back(At(x, static_cast<float>(i)));
+void Append(PolygonList& list, int32_t materialIndex, size_t cornerCount, float x) {
+    std::vector<Vertex> corners;
+    for (size_t i = 0; i < cornerCount; ++i) {
+        corners.push_back(At(x, static_cast<float>(i)));
     }
+    AppendPolygon(list[materialIndex], corners);
 }
 
 } // namespace
@@ -193,11 +193,11 @@ TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
 
 TEST(AddPolygons, MakesOneMeshPerMaterialInAscendingOrder) {
     PolygonList list;
-    for (const int32_t material : {4, 0, 4, 2}) {
-        AppendPolygon(list, material, 3, static_cast<float>(list.Elements.size()));
+    for (const auto& [material, x] : {std::pair(4, 0.0f), {0, 1.0f}, {4, 2.0f}, {2, 3.0f}}) {
+        Append(list, material, 3, x);
     }
-    AppendPolygon(list, 7, 0, 0); // an image that was never filled
-    AppendPolygon(list, 2, 5, 9);
+    Append(list, 7, 2, 0); // too few corners for a triangle
+    Append(list, 2, 5, 9);
     SceneNode node(u"");
     AddPolygons(node, list);
     std::vector<int32_t> materials;
@@ -212,7 +212,7 @@ TEST(AddPolygons, KeepsTheOrderWithinAMaterialInLongLists) {
     PolygonList list;
     constexpr size_t count = 1000;
     for (size_t i = 0; i < count; ++i) {
-        AppendPolygon(list, i % 3 == 0 ? 1 : 0, 3, static_cast<float>(i));
+        Append(list, i % 3 == 0 ? 1 : 0, 3, static_cast<float>(i));
     }
     SceneNode node(u"");
     AddPolygons(node, list);

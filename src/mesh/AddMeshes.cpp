@@ -1,34 +1,67 @@
 // Mesh splitting, in triangle order.
 #include "mesh/AddMeshes.h"
 
+#include <algorithm>
 #include <cassert>
 
-void AddMeshes(SceneNode& node, const std::vector<uint32_t>& indices, const VertexPool& pool,
-               int32_t materialIndex) {
+namespace {
+
+constexpr uint32_t NotInChunk = 0xFFFFFFFF;
+
+// Whether the vertices already stand in order of first use, all of them used.
+bool IsInOrderOfUse(const std::vector<uint32_t>& indices, size_t vertexCount) {
+    uint32_t next = 0;
+    const bool ascends = std::ranges::all_of(indices, [&next](uint32_t index) {
+        next += index == next ? 1 : 0;
+        return index < next;
+    });
+    return ascends && next == vertexCount;
+}
+
+// Appends a mesh. Its arrays take no more memory than they hold.
+void AppendMesh(SceneNode& node, std::vector<uint32_t> indices, std::vector<Vertex> vertices,
+                int32_t materialIndex) {
+    SceneMesh& mesh = node.Meshes.Append(std::make_unique<SceneMesh>());
+    mesh.Indices = std::move(indices);
+    mesh.Vertices = std::move(vertices);
+    mesh.MaterialIndex = materialIndex;
+    mesh.Vertices.shrink_to_fit();
+}
+
+} // namespace
+
+void AddMeshes(SceneNode& node, std::vector<uint32_t> indices, VertexPool pool, int32_t materialIndex) {
     assert(indices.size() % 3 == 0);
     if (indices.empty() || pool.Vertices.empty()) {
         return;
     }
-    constexpr int32_t notInChunk = -1;
-    std::vector<int32_t> remap(pool.Vertices.size());
-    auto chunk = std::make_unique<SceneMesh>();
-    for (size_t k = 0; k < indices.size(); k += 3) {
-        if (chunk->Vertices.empty()) {
-            remap.assign(pool.Vertices.size(), notInChunk);
-        }
-        for (size_t corner = k; corner < k + 3; ++corner) {
+    if (pool.Vertices.size() < MeshVertexLimit && IsInOrderOfUse(indices, pool.Vertices.size())) {
+        AppendMesh(node, std::move(indices), std::move(pool.Vertices), materialIndex);
+        return;
+    }
+    pool.Vertices.shrink_to_fit(); // welding has left most of its memory unused
+    std::vector<uint32_t> remap(pool.Vertices.size(), NotInChunk);
+    std::vector<uint32_t> chunkIndices;
+    std::vector<Vertex> chunkVertices;
+    size_t begin = 0; // of the chunk, in the indices
+    for (size_t end = 3; end <= indices.size(); end += 3) {
+        for (size_t corner = end - 3; corner < end; ++corner) {
             const uint32_t p = indices[corner];
             assert(p < pool.Vertices.size());
-            if (remap[p] == notInChunk) {
-                chunk->Vertices.push_back(pool.Vertices[p]);
-                remap[p] = static_cast<int32_t>(chunk->Vertices.size() - 1);
+            if (remap[p] == NotInChunk) {
+                remap[p] = static_cast<uint32_t>(chunkVertices.size());
+                chunkVertices.push_back(pool.Vertices[p]);
             }
-            chunk->Indices.push_back(static_cast<uint32_t>(remap[p]));
+            chunkIndices.push_back(remap[p]);
         }
-        if (chunk->Vertices.size() >= MeshVertexLimit || k + 3 == indices.size()) {
-            chunk->MaterialIndex = materialIndex;
-            node.Meshes.Append(std::move(chunk));
-            chunk = std::make_unique<SceneMesh>();
+        if (chunkVertices.size() >= MeshVertexLimit || end == indices.size()) {
+            AppendMesh(node, chunkIndices, chunkVertices, materialIndex);
+            chunkIndices.clear();
+            chunkVertices.clear();
+            // Only what the chunk has touched, so that many chunks don't each cost a whole pass.
+            for (; begin < end; ++begin) {
+                remap[indices[begin]] = NotInChunk;
+            }
         }
     }
 }

@@ -6,35 +6,18 @@
 #include "reader/Faces.h"
 #include "reader/Images.h"
 
-#include <algorithm>
-
-// Appends the polygon as a fan around its first vertex; fewer than three vertices append nothing.
-static void AppendTriangles(const SourcePolygon& polygon, VertexPool& pool,
-                            std::vector<uint32_t>& indices) {
-    const auto append = [&](const Vertex& vertex) {
-        pool.Welded = false;
-        pool.Vertices.push_back(vertex);
-        indices.push_back(static_cast<uint32_t>(pool.Vertices.size() - 1));
-    };
-    for (size_t i = 0; i + 2 < polygon.Vertices.size(); ++i) {
-        append(polygon.Vertices[0]);
-        append(polygon.Vertices[i + 1]);
-        append(polygon.Vertices[i + 2]);
-    }
-}
+#include <numeric>
 
 void AddPolygons(SceneNode& node, PolygonList& polygons) {
-    std::vector<SourcePolygon*>& list = polygons.Elements;
-    std::ranges::stable_sort(list, {}, &SourcePolygon::MaterialIndex);
-    for (size_t i = 0; i < list.size();) {
-        const int32_t materialIndex = list[i]->MaterialIndex;
-        VertexPool pool;
-        std::vector<uint32_t> indices;
-        for (; i < list.size() && list[i]->MaterialIndex == materialIndex; ++i) {
-            AppendTriangles(*list[i], pool, indices);
-        }
+    while (!polygons.empty()) {
+        const auto first = polygons.begin();
+        const int32_t materialIndex = first->first;
+        VertexPool pool = std::move(first->second);
+        polygons.erase(first);
+        std::vector<uint32_t> indices(pool.Vertices.size());
+        std::iota(indices.begin(), indices.end(), 0u);
         WeldVertices(pool, indices, WeldTolerance);
-        AddMeshes(node, indices, pool, materialIndex);
+        AddMeshes(node, std::move(indices), std::move(pool), materialIndex);
     }
 }
 

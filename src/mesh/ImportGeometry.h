@@ -13,6 +13,6 @@ constexpr float WeldTolerance = 1e-5f;
 void ImportGeometry(ModelImporter& importer, EntitiesHandle entities, SceneNode& node,
                     int32_t inheritedIndex);
 
-// Sorts by material, keeping the order among polygons of one material, and appends the meshes to the
-// node.
+// Appends the meshes of a list to the node. The list is empty afterwards: each pool is released as soon
+// as its meshes stand, so that at no time all are held twice.
 void AddPolygons(SceneNode& node, PolygonList& polygons);

@@ -5,6 +5,7 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <string>
 
@@ -16,6 +17,19 @@ template <class Record> bool WriteRecord(OutputFile& file, const Record& record)
 
 template <class Element> bool WriteArray(OutputFile& file, const std::vector<Element>& elements) {
     return file.Write(elements.data(), static_cast<uint32_t>(elements.size() * sizeof(Element)));
+}
+
+// Four bytes of zero for each vertex.
+bool WriteZeros(OutputFile& file, size_t vertexCount) {
+    static constexpr std::array<uint32_t, 1024> zeros = {};
+    for (size_t left = vertexCount; left > 0;) {
+        const size_t count = std::min(left, zeros.size());
+        if (!file.Write(zeros.data(), static_cast<uint32_t>(count * sizeof zeros[0]))) {
+            return false;
+        }
+        left -= count;
+    }
+    return true;
 }
 
 uint32_t LengthWithNul(const std::u16string& text) {
@@ -61,8 +75,7 @@ bool WriteMesh(const SceneMesh& mesh, OutputFile& file, const MaterialTable& mat
     const MaterialEntry& entry = materials[static_cast<size_t>(mesh.MaterialIndex)];
     return WriteRecord(file, record) && WriteRecord(file, MakeMaterialRecord(entry)) &&
            WriteText(file, entry.Name) && WriteText(file, entry.RelativePath) &&
-           WriteArray(file, mesh.Vertices) &&
-           WriteArray(file, std::vector<uint32_t>(mesh.Vertices.size())) &&
+           WriteArray(file, mesh.Vertices) && WriteZeros(file, mesh.Vertices.size()) &&
            WriteArray(file, mesh.Indices);
 }
 

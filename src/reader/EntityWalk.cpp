@@ -13,7 +13,7 @@ int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle
     if (IsNull(element) || SUDrawingElementGetMaterial(element, &material) != 0) {
         return inheritedIndex;
     }
-    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    const int32_t row = FindMaterial(importer.MaterialRows, material);
     return row >= 0 ? row : inheritedIndex;
 }
 

@@ -6,7 +6,6 @@
 #include "reader/Textures.h"
 
 #include <cmath>
-#include <optional>
 
 namespace {
 
@@ -16,19 +15,6 @@ using Triple = double[3];
 struct SideMaterial {
     MaterialHandle Material = {};
     bool Inherited = false; // taken over: only then the texture's scale applies
-};
-
-// What the mesh helper tells of one side, in scene axes: positions, normals of the side, and texture
-// coordinates after division and scaling.
-struct SideMesh {
-    struct Corner {
-        double Position[3];
-        double Normal[3];
-        double S;
-        double T;
-    };
-    std::vector<Corner> Corners;
-    std::vector<uint64_t> Indices; // three per triangle; the low 32 bits count
 };
 
 SideMaterial FrontMaterial(FaceHandle face, MaterialHandle inherited) {
@@ -76,22 +62,19 @@ TextureScale ReadScale(const SideMaterial& side) {
 }
 
 int32_t MaterialIndexOf(const ModelImporter& importer, MaterialHandle material) {
-    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    const int32_t row = FindMaterial(importer.MaterialRows, material);
     return row >= 0 ? row : DefaultMaterialIndex;
 }
 
 using ReadTriples = int32_t (*)(MeshHelperHandle, uint64_t, double[][3], uint64_t*);
 
-// One array of the mesh helper; nothing if it can't be read in full.
-std::optional<std::vector<double>> ReadArray(MeshHelperHandle meshHelper, uint64_t count,
-                                             ReadTriples read) {
-    std::vector<double> values(count * 3);
+// One array of the mesh helper. False if it can't be read in full.
+bool ReadArray(std::vector<double>& values, MeshHelperHandle meshHelper, uint64_t count,
+               ReadTriples read) {
+    values.assign(3 * count, 0.0);
     uint64_t returned = 0;
-    if (read(meshHelper, count, reinterpret_cast<Triple*>(values.data()), &returned) != 0 ||
-        returned != count) {
-        return std::nullopt;
-    }
-    return values;
+    return read(meshHelper, count, reinterpret_cast<Triple*>(values.data()), &returned) == 0 &&
+           returned == count;
 }
 
 // Whether every index, as a signed 32-bit number, is a vertex.
@@ -105,63 +88,57 @@ bool IndicesAreSound(const std::vector<uint64_t>& indices, uint64_t vertexCount)
     return true;
 }
 
-void FillCorner(SideMesh::Corner& corner, const double* position, const double* normal,
-                const double* stq, const FaceSide& side) {
-    corner = {.Position = {position[0], position[2], position[1]},
-              .Normal = {normal[0], normal[2], normal[1]},
-              .S = stq[0] / stq[2] * static_cast<double>(side.Scale.S),
-              .T = stq[1] / stq[2] * static_cast<double>(side.Scale.T)};
+// A vertex as the scene has it. The normal is that of the side.
+Vertex MakeVertex(const double* position, const double* normal, const double* stq,
+                  const FaceSide& side) {
+    Vec3 n = {static_cast<float>(normal[0]), static_cast<float>(normal[2]),
+              static_cast<float>(normal[1])};
     if (!side.IsFront) {
-        for (double& component : corner.Normal) {
-            component = -component;
-        }
+        n = {-n.X, -n.Y, -n.Z};
     }
+    const double s = stq[0] / stq[2] * static_cast<double>(side.Scale.S);
+    const double t = stq[1] / stq[2] * static_cast<double>(side.Scale.T);
+    return {.Position = {static_cast<float>(position[0]), static_cast<float>(position[2]),
+                         static_cast<float>(position[1])},
+            .Normal = n,
+            .U = static_cast<float>(s),
+            .V = 1.0f - static_cast<float>(t)};
 }
 
-std::optional<SideMesh> ReadSideMesh(MeshHelperHandle meshHelper, const FaceSide& side) {
+// Reads Vertices and Indices of one side. False, without having read all, if the side has no triangles
+// or can't be read.
+bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& side) {
     uint64_t triangleCount = 0;
     if (SUMeshHelperGetNumTriangles(meshHelper, &triangleCount) != 0 || triangleCount == 0 ||
         triangleCount > MaxElementCount) {
-        return std::nullopt;
+        return false;
     }
     uint64_t vertexCount = 0;
     if (SUMeshHelperGetNumVertices(meshHelper, &vertexCount) != 0 || vertexCount < 3 ||
         vertexCount > MaxElementCount) {
-        return std::nullopt;
+        return false;
     }
-    const auto positions = ReadArray(meshHelper, vertexCount, SUMeshHelperGetVertices);
-    if (!positions) {
-        return std::nullopt;
+    if (!ReadArray(mesh.Positions, meshHelper, vertexCount, SUMeshHelperGetVertices) ||
+        !ReadArray(mesh.Normals, meshHelper, vertexCount, SUMeshHelperGetNormals)) {
+        return false;
     }
-    const auto normals = ReadArray(meshHelper, vertexCount, SUMeshHelperGetNormals);
-    if (!normals) {
-        return std::nullopt;
-    }
-    const auto stq =
-        ReadArray(meshHelper, vertexCount,
+    const bool textured =
+        ReadArray(mesh.Stq, meshHelper, vertexCount,
                   side.IsFront ? SUMeshHelperGetFrontSTQCoords : SUMeshHelperGetBackSTQCoords);
     constexpr double noCoordinates[3] = {0.0, 0.0, 1.0};
-    SideMesh mesh;
-    mesh.Corners.resize(vertexCount);
+    mesh.Vertices.resize(vertexCount);
     for (size_t i = 0; i < vertexCount; ++i) {
-        FillCorner(mesh.Corners[i], &(*positions)[3 * i], &(*normals)[3 * i],
-                   stq ? &(*stq)[3 * i] : noCoordinates, side);
+        mesh.Vertices[i] = MakeVertex(&mesh.Positions[3 * i], &mesh.Normals[3 * i],
+                                      textured ? &mesh.Stq[3 * i] : noCoordinates, side);
     }
     const uint64_t indexCount = 3 * triangleCount;
     if (indexCount > MaxElementCount) {
-        return std::nullopt;
+        return false;
     }
-    mesh.Indices.resize(indexCount);
+    mesh.Indices.assign(indexCount, 0);
     uint64_t returned = 0;
-    if (SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.data(), &returned) != 0 ||
-        returned != indexCount || !IndicesAreSound(mesh.Indices, vertexCount)) {
-        return std::nullopt;
-    }
-    return mesh;
-}
-
-Vec3 ToFloats(const double values[3]) {
-    return {static_cast<float>(values[0]), static_cast<float>(values[1]), static_cast<float>(values[2])};
+    return SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.data(), &returned) == 0 &&
+           returned == indexCount && IndicesAreSound(mesh.Indices, vertexCount);
 }
 
 // The normal of a triangle as its corners turn, for the winding test. Too small a triangle gets (0, 1,
@@ -182,41 +159,29 @@ Vec3 WindingNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
     return n;
 }
 
-Vertex MakeVertex(const SideMesh::Corner& corner) {
-    return {.Position = ToFloats(corner.Position),
-            .Normal = ToFloats(corner.Normal),
-            .U = static_cast<float>(corner.S),
-            .V = 1.0f - static_cast<float>(corner.T)};
-}
-
 } // namespace
 
 void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, PolygonList& polygons,
-                    const FaceSide& side) {
-    if (importer.ImportStatus != StatusOk) {
+                    const FaceSide& side, SideMesh& mesh) {
+    if (importer.ImportStatus != StatusOk || !ReadSideMesh(mesh, meshHelper, side)) {
         return;
     }
-    const std::optional<SideMesh> mesh = ReadSideMesh(meshHelper, side);
-    if (!mesh) {
-        return;
-    }
-    for (size_t i = 0; i < mesh->Indices.size(); i += 3) {
-        const auto corner = [&mesh, i](size_t which) -> const SideMesh::Corner& {
-            return mesh->Corners[static_cast<uint32_t>(mesh->Indices[i + which])];
+    Vertex* vertex = AppendTriangles(polygons[side.MaterialIndex], mesh.Indices.size() / 3);
+    for (size_t i = 0; i < mesh.Indices.size(); i += 3) {
+        const auto corner = [&mesh, i](size_t which) -> const Vertex& {
+            return mesh.Vertices[static_cast<uint32_t>(mesh.Indices[i + which])];
         };
-        const SideMesh::Corner& a = corner(side.IsFront ? 0 : 2);
-        const SideMesh::Corner& b = corner(1);
-        const SideMesh::Corner& c = corner(side.IsFront ? 2 : 0);
-        const Vec3 n = WindingNormal(ToFloats(a.Position), ToFloats(b.Position), ToFloats(c.Position));
+        const Vertex& a = corner(side.IsFront ? 0 : 2);
+        const Vertex& b = corner(1);
+        const Vertex& c = corner(side.IsFront ? 2 : 0);
+        const Vec3 n = WindingNormal(a.Position, b.Position, c.Position);
         const Vec3& p = side.PlaneNormal;
         const bool keepsOrder = (n.Y * p.Y + n.X * p.X) + n.Z * p.Z < 0.0f;
-
-        SourcePolygon& polygon = polygons.Append(std::make_unique<SourcePolygon>());
-        polygon.MaterialIndex = side.MaterialIndex;
-        polygon.Vertices = {MakeVertex(keepsOrder ? a : c), MakeVertex(b),
-                            MakeVertex(keepsOrder ? c : a)};
-        WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(side.MaterialIndex)]);
+        *vertex++ = keepsOrder ? a : c;
+        *vertex++ = b;
+        *vertex++ = keepsOrder ? c : a;
     }
+    WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(side.MaterialIndex)]);
 }
 
 void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons,
@@ -224,6 +189,7 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
     if (importer.ImportStatus != StatusOk) {
         return;
     }
+    SideMesh mesh; // kept from side to side for its memory
     for (const FaceHandle face :
          ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead)) {
         if (IsNull(face) || IsExcludedByLayer(SUFaceToDrawingElement(face))) {
@@ -250,8 +216,8 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
         back.Scale = ReadScale(backMaterial);
         front.MaterialIndex = MaterialIndexOf(importer, frontMaterial.Material);
         back.MaterialIndex = MaterialIndexOf(importer, backMaterial.Material);
-        ImportFaceSide(importer, meshHelper, polygons, front);
-        ImportFaceSide(importer, meshHelper, polygons, back);
+        ImportFaceSide(importer, meshHelper, polygons, front, mesh);
+        ImportFaceSide(importer, meshHelper, polygons, back, mesh);
         SUUVHelperRelease(&uvHelper);
     }
 }

@@ -18,6 +18,15 @@ struct FaceSide {
     TextureScale Scale;
 };
 
+// What the mesh helper tells of one side, in the library's axes, and what becomes of it.
+struct SideMesh {
+    std::vector<double> Positions; // three per vertex, as the next two
+    std::vector<double> Normals;
+    std::vector<double> Stq;
+    std::vector<uint64_t> Indices; // three per triangle; the low 32 bits count
+    std::vector<Vertex> Vertices;  // in scene axes, with the normals and coordinates of the side
+};
+
 // Appends the triangles of all visible faces of the list, for each face its front, then its back, in the
 // coordinates of the list, Y up. A side without a material of its own takes over the one of the
 // inherited row or, for backs where that is row 0, of the front. The picture files of used rows are
@@ -26,5 +35,6 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
                  int32_t inheritedIndex);
 
 // Appends the triangles of one side. Each turns by the right-hand rule about the side's plane normal.
+// The mesh is scratch memory.
 void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, PolygonList& polygons,
-                    const FaceSide& side);
+                    const FaceSide& side, SideMesh& mesh);

@@ -8,6 +8,7 @@
 #include "tool/Paths.h"
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -51,25 +52,27 @@ PixelSize ReadPixelSize(ImageHandle image) {
     return read ? size : PixelSize();
 }
 
+using QuadCorners = std::array<Vertex, 4>;
+
 // The corners of the front quad: the picture lies in the plane Y = 0, one unit per pixel, its height
 // along Z.
-std::vector<Vertex> FrontCorners(const PixelSize& size, const Matrix4& matrix) {
+QuadCorners FrontCorners(const PixelSize& size, const Matrix4& matrix) {
     const auto width = static_cast<float>(size.Width);
     const auto height = static_cast<float>(size.Height);
     Vec3 normal = {0, 1, 0};
     TransformNormal(matrix, normal);
-    std::vector<Vertex> corners = {{.Position = {0, 0, 0}, .Normal = normal, .U = 0, .V = 1},
-                                   {.Position = {0, 0, height}, .Normal = normal, .U = 0, .V = 0},
-                                   {.Position = {width, 0, height}, .Normal = normal, .U = 1, .V = 0},
-                                   {.Position = {width, 0, 0}, .Normal = normal, .U = 1, .V = 1}};
+    QuadCorners corners = {{{.Position = {0, 0, 0}, .Normal = normal, .U = 0, .V = 1},
+                            {.Position = {0, 0, height}, .Normal = normal, .U = 0, .V = 0},
+                            {.Position = {width, 0, height}, .Normal = normal, .U = 1, .V = 0},
+                            {.Position = {width, 0, 0}, .Normal = normal, .U = 1, .V = 1}}};
     for (Vertex& corner : corners) {
         TransformPoint(matrix, corner.Position);
     }
     return corners;
 }
 
-std::vector<Vertex> BackCorners(const std::vector<Vertex>& front) {
-    std::vector<Vertex> corners(front.rbegin(), front.rend());
+QuadCorners BackCorners(const QuadCorners& front) {
+    QuadCorners corners = {front[3], front[2], front[1], front[0]};
     for (Vertex& corner : corners) {
         corner.Normal = {-corner.Normal.X, -corner.Normal.Y, -corner.Normal.Z};
     }
@@ -88,9 +91,8 @@ void ImportImages(ModelImporter& importer, EntitiesHandle entities, PolygonList&
             continue;
         }
         const std::u16string key = FileNameOf(ReadText(image, SUImageGetFileName));
-        SourcePolygon& front = polygons.Append(std::make_unique<SourcePolygon>());
-        front.MaterialIndex = ImageMaterialIndex(importer, image, key);
-        WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(front.MaterialIndex)]);
+        const int32_t row = ImageMaterialIndex(importer, image, key);
+        WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(row)]);
         double transform[TransformValues] = {};
         if (SUImageGetTransform(image, transform) != 0) {
             return;
@@ -99,9 +101,8 @@ void ImportImages(ModelImporter& importer, EntitiesHandle entities, PolygonList&
         if (size.Width == 0 || size.Height == 0) {
             continue;
         }
-        front.Vertices = FrontCorners(size, ConvertTransform(transform));
-        SourcePolygon& back = polygons.Append(std::make_unique<SourcePolygon>());
-        back.MaterialIndex = front.MaterialIndex;
-        back.Vertices = BackCorners(front.Vertices);
+        const QuadCorners front = FrontCorners(size, ConvertTransform(transform));
+        AppendPolygon(polygons[row], front);
+        AppendPolygon(polygons[row], BackCorners(front));
     }
 }

@@ -62,7 +62,7 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     SUMaterialGetType(material, &type);
 
     // A null handle meets the default row here, which holds none.
-    if (IsNull(material) || FindMaterial(importer.MaterialTable, material) >= 0) {
+    if (IsNull(material) || FindMaterial(importer.MaterialRows, material) >= 0) {
         return;
     }
     if (hasTexture && (type == MaterialTypeTextured || type == MaterialTypeColorized)) {
@@ -80,6 +80,7 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     }
     entry.Name = ReadText(material, SUMaterialGetName);
     entry.OutputFileName = FileNameOf(entry.OutputPath);
+    importer.MaterialRows.emplace(material.Value, static_cast<int32_t>(importer.MaterialTable.size()));
     importer.MaterialTable.push_back(std::move(entry));
 }
 

@@ -1,14 +1,7 @@
 // Looking up material rows.
 #include "scene/MaterialEntry.h"
 
-int32_t FindMaterial(const MaterialTable& table, MaterialHandle material) {
-    if (IsNull(material)) {
-        return -1;
-    }
-    for (size_t row = 0; row < table.size(); ++row) {
-        if (table[row].Material.Value == material.Value) {
-            return static_cast<int32_t>(row);
-        }
-    }
-    return -1;
+int32_t FindMaterial(const MaterialRows& rows, MaterialHandle material) {
+    const auto found = rows.find(material.Value);
+    return found == rows.end() || IsNull(material) ? -1 : found->second;
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 // One row. Nothing but Written changes once a row is in the table.
@@ -26,5 +27,8 @@ using MaterialTable = std::vector<MaterialEntry>;
 
 constexpr int32_t DefaultMaterialIndex = 0;
 
-// The first row with this material, or -1. A null handle is found in no row.
-int32_t FindMaterial(const MaterialTable& table, MaterialHandle material);
+// The first row of each material handle.
+using MaterialRows = std::unordered_map<uint64_t, int32_t>;
+
+// The row of a material, or -1. A null handle has none.
+int32_t FindMaterial(const MaterialRows& rows, MaterialHandle material);

@@ -5,7 +5,9 @@
 #include "scene/Matrix.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -42,21 +44,15 @@ template <class Element> struct PointerList {
     }
 };
 
-// One convex polygon as the reader delivers it: 3 corners from a face, 4 from an image, none from an
-// image that could not be read in full.
-struct SourcePolygon {
-    std::vector<Vertex> Vertices; // in boundary order
-    int32_t MaterialIndex = 0;    // row of the MaterialTable
-};
-
-// The polygons of one list of entities.
-using PolygonList = PointerList<SourcePolygon>;
-
 // The triangles of one material in one list of entities, unindexed before welding.
 struct VertexPool {
     std::vector<Vertex> Vertices;
     bool Welded = false; // set by WeldVertices, taken back by every append
 };
+
+// The polygons of one list of entities, apart by row of the MaterialTable, rows ascending. Those of one
+// row stand in the order of appending, cut into triangles.
+using PolygonList = std::map<int32_t, VertexPool>;
 
 // An indexed triangle mesh with one material.
 struct SceneMesh {
@@ -81,6 +77,13 @@ struct SceneNode {
 struct RootHolder {
     std::unique_ptr<SceneNode> Root;
 };
+
+// Makes room for so many triangles at the end of the pool and gives the first of their vertices.
+Vertex* AppendTriangles(VertexPool& pool, size_t count);
+
+// Appends a convex polygon, its corners in boundary order, as a fan around its first corner. Fewer than
+// three corners append nothing.
+void AppendPolygon(VertexPool& pool, std::span<const Vertex> corners);
 
 // The triangles of a node and of all below it.
 int32_t CountTriangles(const SceneNode& node);

@@ -9,14 +9,23 @@
 // The most bytes that one call of the stream is given.
 static constexpr uint32_t BytesPerCall = 4096;
 
+// What the stream gathers before it goes to the system.
+static constexpr size_t BufferBytes = size_t{1} << 20;
+
 OutputFile::~OutputFile() {
     Close();
 }
 
 void OutputFile::Open(const std::u16string& path) {
     Close();
-    if (path.size() < PathLimit) {
-        Stream = OpenForWriting(path);
+    if (path.size() >= PathLimit) {
+        return;
+    }
+    // First of all, so that nothing is cut to nothing for want of memory.
+    Buffer = std::make_unique_for_overwrite<char[]>(BufferBytes);
+    Stream = OpenForWriting(path);
+    if (Stream != nullptr) {
+        std::setvbuf(Stream, Buffer.get(), _IOFBF, BufferBytes);
     }
 }
 
@@ -42,4 +51,5 @@ void OutputFile::Close() {
         std::fclose(Stream);
         Stream = nullptr;
     }
+    Buffer.reset();
 }

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 struct OutputFile {
-    std::FILE* Stream = nullptr; // null while no file is open
+    std::FILE* Stream = nullptr;    // null while no file is open
+    std::unique_ptr<char[]> Buffer; // the stream's; its memory is used as it fills
 
     OutputFile() = default;
     OutputFile(const OutputFile&) = delete;

@@ -1,0 +1,189 @@
+// Writes the town as binary glTF with the given number of triangles: blocks of houses as nodes, each
+// with a mesh of one primitive per material. Every quad has four vertices of its own. Where the scene
+// goes on, blocks repeat: the last fifth of the nodes show the mesh of the first block again.
+#include "City.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr uint64_t QuadsPerBlock = 15'200; // fifty houses
+constexpr uint32_t GlbMagic = 0x46546C67;
+constexpr uint32_t JsonChunk = 0x4E4F534A;
+constexpr uint32_t BinaryChunk = 0x004E4942;
+
+struct Primitive {
+    std::vector<float> Vertices; // eight per vertex: position, normal, coordinates
+    std::vector<uint32_t> Indices;
+    float Min[3] = {1e30f, 1e30f, 1e30f};
+    float Max[3] = {-1e30f, -1e30f, -1e30f};
+};
+
+struct Town {
+    std::string Meshes;
+    std::string Accessors;
+    std::string Views;
+    std::vector<char> Binary;
+    size_t ViewCount = 0;
+    size_t AccessorCount = 0;
+};
+
+void AddQuad(Primitive& primitive, const Quad& quad) {
+    const auto first = static_cast<uint32_t>(primitive.Vertices.size() / 8);
+    for (size_t i = 0; i < 4; ++i) {
+        // Y up, as glTF has it.
+        const Point& p = quad.Corners[i];
+        const float position[3] = {static_cast<float>(p[0]), static_cast<float>(p[2]),
+                                   static_cast<float>(-p[1])};
+        for (size_t axis = 0; axis < 3; ++axis) {
+            primitive.Min[axis] = std::min(primitive.Min[axis], position[axis]);
+            primitive.Max[axis] = std::max(primitive.Max[axis], position[axis]);
+        }
+        primitive.Vertices.insert(primitive.Vertices.end(), position, position + 3);
+        for (const double value : {quad.Normal[0], quad.Normal[2], -quad.Normal[1],
+                                   quad.Coordinates[i][0], 1.0 - quad.Coordinates[i][1]}) {
+            primitive.Vertices.push_back(static_cast<float>(value));
+        }
+    }
+    for (const uint32_t corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
+        primitive.Indices.push_back(first + corner);
+    }
+}
+
+void Separate(std::string& list) {
+    if (!list.empty()) {
+        list += ",";
+    }
+}
+
+template <class Element>
+void AddView(Town& town, const std::vector<Element>& elements, int stride, int target) {
+    const size_t offset = town.Binary.size();
+    const char* bytes = reinterpret_cast<const char*>(elements.data());
+    town.Binary.insert(town.Binary.end(), bytes, bytes + elements.size() * sizeof(Element));
+    Separate(town.Views);
+    town.Views += R"({"buffer":0,"byteOffset":)" + std::to_string(offset) + R"(,"byteLength":)" +
+                  std::to_string(town.Binary.size() - offset) +
+                  (stride != 0 ? R"(,"byteStride":)" + std::to_string(stride) : std::string()) +
+                  R"(,"target":)" + std::to_string(target) + "}";
+    ++town.ViewCount;
+}
+
+std::string Triple(const float values[3]) {
+    char text[64];
+    std::snprintf(text, sizeof text, "[%.9g,%.9g,%.9g]", static_cast<double>(values[0]),
+                  static_cast<double>(values[1]), static_cast<double>(values[2]));
+    return text;
+}
+
+size_t AddAccessor(Town& town, size_t offset, int componentType, size_t count, const char* type,
+                   const std::string& more = {}) {
+    Separate(town.Accessors);
+    town.Accessors += R"({"bufferView":)" + std::to_string(town.ViewCount - 1) + R"(,"byteOffset":)" +
+                      std::to_string(offset) + R"(,"componentType":)" + std::to_string(componentType) +
+                      R"(,"count":)" + std::to_string(count) + R"(,"type":")" + type + "\"" + more + "}";
+    return town.AccessorCount++;
+}
+
+void AddMesh(Town& town, uint64_t firstQuad, uint64_t count) {
+    constexpr int floats = 5126;
+    constexpr int unsigned32 = 5125;
+    std::map<uint32_t, Primitive> primitives;
+    for (uint64_t i = 0; i < count; ++i) {
+        const Quad quad = CityQuad(firstQuad + i);
+        AddQuad(primitives[quad.Material], quad);
+    }
+    std::string list;
+    for (const auto& [material, primitive] : primitives) {
+        const size_t vertexCount = primitive.Vertices.size() / 8;
+        AddView(town, primitive.Vertices, 32, 34962);
+        const std::string bounds =
+            ",\"min\":" + Triple(primitive.Min) + ",\"max\":" + Triple(primitive.Max);
+        const size_t position = AddAccessor(town, 0, floats, vertexCount, "VEC3", bounds);
+        const size_t normal = AddAccessor(town, 12, floats, vertexCount, "VEC3");
+        const size_t coordinates = AddAccessor(town, 24, floats, vertexCount, "VEC2");
+        AddView(town, primitive.Indices, 0, 34963);
+        const size_t indices = AddAccessor(town, 0, unsigned32, primitive.Indices.size(), "SCALAR");
+        Separate(list);
+        list += R"({"attributes":{"POSITION":)" + std::to_string(position) + R"(,"NORMAL":)" +
+                std::to_string(normal) + R"(,"TEXCOORD_0":)" + std::to_string(coordinates) +
+                R"(},"indices":)" + std::to_string(indices) + R"(,"material":)" +
+                std::to_string(material) + "}";
+    }
+    Separate(town.Meshes);
+    town.Meshes += R"({"primitives":[)" + list + "]}";
+}
+
+std::string MaterialList() {
+    std::string list;
+    for (uint32_t i = 0; i < MaterialCount; ++i) {
+        Separate(list);
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      R"({"name":"m%u","pbrMetallicRoughness":{"baseColorFactor":[%.3f,%.3f,%.3f,1]}})",
+                      i, Scatter(i, 5) % 100 * 0.01, Scatter(i, 6) % 100 * 0.01,
+                      Scatter(i, 7) % 100 * 0.01);
+        list += text;
+    }
+    return list;
+}
+
+bool Put(std::FILE* file, const void* bytes, size_t size) {
+    return std::fwrite(bytes, 1, size, file) == size;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "Usage: make-town <triangles> <file.glb>\n");
+        return 1;
+    }
+    const uint64_t quadCount = std::strtoull(argv[1], nullptr, 10) / 2;
+    Town town;
+    std::string nodes;
+    std::string roots;
+    size_t meshCount = 0;
+    size_t nodeCount = 0;
+    for (uint64_t done = 0; done < quadCount;) {
+        const uint64_t count = std::min(QuadsPerBlock, quadCount - done);
+        const bool repeats = count == QuadsPerBlock && done >= quadCount / 5 * 4;
+        if (!repeats) {
+            AddMesh(town, done, count);
+            ++meshCount;
+        }
+        Separate(nodes);
+        Separate(roots);
+        char text[96];
+        std::snprintf(text, sizeof text, R"({"mesh":%zu,"translation":[%s,0,0]})",
+                      repeats ? size_t{0} : meshCount - 1,
+                      repeats ? std::to_string(5000 * (nodeCount + 1)).c_str() : "0");
+        nodes += text;
+        roots += std::to_string(nodeCount++);
+        done += count;
+    }
+    std::string json = R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[)" + roots +
+                       R"(]}],"nodes":[)" + nodes + R"(],"meshes":[)" + town.Meshes +
+                       R"(],"materials":[)" + MaterialList() + R"(],"accessors":[)" + town.Accessors +
+                       R"(],"bufferViews":[)" + town.Views + R"(],"buffers":[{"byteLength":)" +
+                       std::to_string(town.Binary.size()) + "}]}";
+    json.resize((json.size() + 3) / 4 * 4, ' ');
+    const auto jsonSize = static_cast<uint32_t>(json.size());
+    const auto binarySize = static_cast<uint32_t>(town.Binary.size());
+    const uint32_t header[5] = {GlbMagic, 2, 28 + jsonSize + binarySize, jsonSize, JsonChunk};
+    const uint32_t binaryHeader[2] = {binarySize, BinaryChunk};
+    std::FILE* file = std::fopen(argv[2], "wb");
+    const bool written = file != nullptr && Put(file, header, sizeof header) &&
+                         Put(file, json.data(), json.size()) &&
+                         Put(file, binaryHeader, sizeof binaryHeader) &&
+                         Put(file, town.Binary.data(), town.Binary.size()) && std::fclose(file) == 0;
+    if (!written) {
+        std::perror(argv[2]);
+    }
+    return written ? 0 : 1;
+}
