@@ -3,6 +3,7 @@
 #include "provider/GltfAccessor.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -186,6 +187,14 @@ const char* ReadPoints(const GltfDocument& document, int accessor, IndexRange ra
         return "there are fewer elements than vertices";
     }
     const auto pointAt = [](const ElementView& from, size_t element) {
+        // Nearly all there are.
+        if (from.ComponentType == TINYGLTF_COMPONENT_TYPE_FLOAT && from.Bytes != nullptr) {
+            std::array<float, 3> floats = {};
+            std::memcpy(floats.data(), from.Bytes + element * from.Stride,
+                        from.Components * sizeof(float));
+            return Point3{static_cast<double>(floats[0]), static_cast<double>(floats[1]),
+                          static_cast<double>(floats[2])};
+        }
         return Point3{ComponentOf(from, element, 0), ComponentOf(from, element, 1),
                       from.Components == 3 ? ComponentOf(from, element, 2) : 0.0};
     };

@@ -129,17 +129,43 @@ void ReadImages(const JsonTape& json, GltfDocument& document) {
     }
 }
 
-// The document in the form in which the header gets it.
-std::string VisibleText(std::string_view json) {
-    const auto keep = [](int depth, nlohmann::json::parse_event_t event, nlohmann::json& parsed) {
-        if (event != nlohmann::json::parse_event_t::key) {
-            return true;
+void AppendNumber(double number, std::string& text) {
+    constexpr double largestWhole = 9007199254740992.0; // all whole numbers up to here are doubles
+    if (number == std::floor(number) && std::abs(number) < largestWhole) {
+        text += std::to_string(static_cast<int64_t>(number)); // an index must not look like a fraction
+    } else {
+        text += nlohmann::json(number).dump();
+    }
+}
+
+// Appends a value and what it holds in the form in which the header gets it.
+void AppendVisible(const JsonTape& json, uint32_t value, std::string& text) {
+    const JsonKind kind = KindOf(json, value);
+    if (kind == JsonKind::Number) {
+        AppendNumber(NumberOf(json, value), text);
+    } else if (kind == JsonKind::Text) {
+        text += nlohmann::json(TextOf(json, value)).dump();
+    } else if (kind == JsonKind::Null) {
+        text += "null";
+    } else if (kind == JsonKind::Bool) {
+        text += json.Values[value].Content != 0 ? "true" : "false";
+    } else {
+        const bool isArray = kind == JsonKind::Array;
+        text += isArray ? '[' : '{';
+        bool isFirst = true;
+        for (uint32_t i = value + 1; i < json.Values[value].Next; i = json.Values[i].Next) {
+            const std::string_view key = KeyOf(json, i);
+            if (!isArray && (key == "extras" || (value == 0 && std::ranges::find(HiddenMembers, key) !=
+                                                                   HiddenMembers.end()))) {
+                continue;
+            }
+            text += isFirst ? "" : ",";
+            text += isArray ? "" : nlohmann::json(key).dump() + ":";
+            AppendVisible(json, i, text);
+            isFirst = false;
         }
-        const auto& key = parsed.get_ref<const std::string&>();
-        return key != "extras" &&
-               (depth != 1 || std::ranges::find(HiddenMembers, key) == HiddenMembers.end());
-    };
-    return nlohmann::json::parse(json.begin(), json.end(), keep, true, true).dump();
+        text += isArray ? ']' : '}';
+    }
 }
 
 } // namespace
@@ -203,7 +229,8 @@ bool ReadGltfDocument(const GltfParts& parts, const JsonTape& json, const std::u
     std::string ignored;
     bool isRead = false;
     try {
-        const std::string text = VisibleText(parts.Json);
+        std::string text;
+        AppendVisible(json, 0, text);
         tinygltf::TinyGLTF header;
         isRead = text.size() <= UINT32_MAX &&
                  header.LoadASCIIFromString(&document.Records, &reason, &ignored, text.data(),

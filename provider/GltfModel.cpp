@@ -186,6 +186,35 @@ bool AddPrimitive(GltfReading& reading, size_t mesh, size_t number) {
     return true;
 }
 
+// Makes room for what all primitives will need at least, and for seams.
+void ReserveArrays(const GltfDocument& document, Model& model) {
+    size_t indices = 0;
+    size_t positions = 0;
+    size_t coordinates = 0;
+    for (const tinygltf::Mesh& mesh : document.Records.meshes) {
+        for (const tinygltf::Primitive& primitive : mesh.primitives) {
+            uint32_t vertexCount = 0;
+            uint32_t indexCount = 0;
+            if (!HasTriangles(primitive) ||
+                !CountElements(document, primitive.attributes.at("POSITION"), vertexCount)) {
+                continue;
+            }
+            if (!CountElements(document, primitive.indices, indexCount)) {
+                indexCount = vertexCount;
+            }
+            // Primitives can share the vertices of all, of which each uses a few.
+            const size_t used = std::min(vertexCount, indexCount);
+            indices += indexCount;
+            positions += used;
+            coordinates += primitive.attributes.contains("TEXCOORD_0") ? used : 0;
+        }
+    }
+    model.Indices.reserve(indices);
+    model.Positions.reserve(positions + positions / 8);
+    model.Normals.reserve(positions + positions / 8);
+    model.Coordinates.reserve(coordinates + coordinates / 8);
+}
+
 bool ReadFactor(const std::vector<double>& values, size_t count) {
     return values.size() == count &&
            std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
@@ -324,5 +353,6 @@ bool ReadGltfModel(const GltfParts& parts, const JsonTape& json, const std::u16s
         }
         return true;
     };
+    ReserveArrays(document, model);
     return ReadRoots(reading) && PlaceNodes(reading.Tree, model, error);
 }
