@@ -7,6 +7,11 @@ if(ORVANE_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+if(ORVANE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  # The name that fuzzers have agreed on, for limits that keep single inputs short.
+  add_compile_definitions(FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION)
+endif()
 if(WIN32)
   # Nothing of the compiler's own is needed at run time, and the stack is as large as on Linux.
   add_link_options(-static -Wl,--stack,8388608)

@@ -259,7 +259,17 @@ void FindUpAxis(SceneReading& reading) {
     reading.Root = ToModelAxes(reading.Up, root);
 }
 
-bool ReadScene(const aiScene& scene, const std::u16string& directory, Model& model, std::string& error) {
+} // namespace
+
+bool IsAssimpEnding(std::string_view ending) {
+    // Sound files of this one make the library read past its memory.
+    constexpr std::string_view unsafe = ".raw";
+    return !ending.empty() && ending != unsafe &&
+           aiIsExtensionSupported(std::string(ending).c_str()) != AI_FALSE;
+}
+
+bool ReadAssimpScene(const aiScene& scene, const std::u16string& directory, Model& model,
+                     std::string& error) {
     SceneReading reading = {scene, model, UpAxis::Y, IdentityTransform, {}, {}, {}};
     FindUpAxis(reading);
     ReadAssimpMaterials(scene, directory, model, reading.CoordinateSets);
@@ -276,15 +286,6 @@ bool ReadScene(const aiScene& scene, const std::u16string& directory, Model& mod
     return PlaceNodes(tree, model, error);
 }
 
-} // namespace
-
-bool IsAssimpEnding(std::string_view ending) {
-    // Sound files of this one make the library read past its memory.
-    constexpr std::string_view unsafe = ".raw";
-    return !ending.empty() && ending != unsafe &&
-           aiIsExtensionSupported(std::string(ending).c_str()) != AI_FALSE;
-}
-
 bool ReadAssimpModel(const std::u16string& path, std::string_view ending, Model& model,
                      std::string& error) {
     const std::u16string directory = DirectoryOfPath(path);
@@ -298,7 +299,7 @@ bool ReadAssimpModel(const std::u16string& path, std::string_view ending, Model&
                            &files.Operations),
             aiReleaseImport);
         if (scene != nullptr && scene->mRootNode != nullptr) {
-            return ReadScene(*scene, directory, model, error);
+            return ReadAssimpScene(*scene, directory, model, error);
         }
         reason = aiGetErrorString();
     } catch (const std::bad_alloc&) {

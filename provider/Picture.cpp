@@ -19,15 +19,13 @@
 #define STBI_ONLY_BMP
 #define STBI_ONLY_TGA
 #define STBI_NO_STDIO
-#define STBI_MAX_DIMENSIONS 32768
+#define STBI_MAX_DIMENSIONS static_cast<int>(LargestPictureSide)
 #include <stb_image.h>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #define STBI_WRITE_NO_STDIO
 #include <stb_image_write.h>
-
-static_assert(LargestPictureSide == STBI_MAX_DIMENSIONS);
 
 namespace {
 

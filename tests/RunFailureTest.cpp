@@ -292,3 +292,46 @@ TEST(RunFailure, NumbersThatAreNoneEndNothing) {
             EXPECT_EQ(Shape(Convert(script)), Whole) << operation;
         }
 }
+
+// Where a list of entities comes to itself again, that element is left out and everything else is there.
+TEST(RunFailure, AListInsideItselfIsLeftOut) {
+    const Json instance = {{"definition", 0}};
+    Json script = Faces({Triangle()});
+    script["definitions"] = List({Entities({Triangle()}), Entities({Triangle()})});
+    script["definitions"][0]["instances"] = List({instance, instance, {{"definition", 1}}});
+    script["definitions"][1]["instances"] = List({instance});
+    script["entities"]["instances"] = List({instance, instance});
+    EXPECT_EQ(Shape(Convert(script)), "Default:2 [Default:2 [Default:2]] [Default:2 [Default:2]]");
+}
+
+TEST(RunFailure, ListsAreWalkedDownToTheLimit) {
+    constexpr size_t limit = 1024; // Lists one inside the other, the model's own being the first.
+    Json script = Faces({Triangle()});
+    for (size_t level = 2; level <= limit + 1; ++level) {
+        Json list = Entities({Triangle()});
+        list["instances"] = List({{{"definition", level - 1}}});
+        script["definitions"].push_back(list);
+    }
+    script["definitions"].back().erase("instances");
+    script["entities"]["instances"] = List({{{"definition", 0}}});
+    EXPECT_EQ(Convert(script).Nodes.size(), 2 * limit - 1);
+}
+
+// Counts that are allowed but not to be had: no memory is no failed call.
+TEST(RunFailure, OutOfMemoryEndsTheRunBeforeTheSceneFile) {
+#ifdef _WIN32
+    GTEST_SKIP() << "no limit on memory";
+#endif
+    for (const char* operation : {"SUEntitiesGetNumFaces", "SUEntitiesGetNumInstances",
+                                  "SUModelGetNumAllMaterials", "SUMeshHelperGetNumVertices"}) {
+        Json script = Reference();
+        script["faults"] = Faults(operation, 1, "count", TooMany - 1);
+        ScriptedRun run;
+        run.MemoryLimit = uint64_t(4) << 30;
+        run.ExpectedErrors = "orvane: out of memory\n";
+        WriteBytes(run.SceneFile, "an earlier scene file");
+        RunScript(run, script);
+        EXPECT_EQ(run.Result.ExitCode, 20) << operation;
+        EXPECT_EQ(ReadBytes(run.SceneFile), "an earlier scene file");
+    }
+}

@@ -228,3 +228,59 @@ TEST(RunPaths, AMessageIsCutAtTheSizeOfItsBuffer) {
     ExpectOutcome(run, 10,
                   {importing.substr(0, 4095), u"Error opening {src}", u"Error importing {src} (rc=10)"});
 }
+
+// A log that would take the scene file's place is none, and the scene file stays as it was or is whole.
+TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
+    for (const char16_t* log : {u"out\\house.bin", u".\\out\\house.bin", u"out/..\\out//house.bin",
+                                u"link\\house.bin", u"linked.log"})
+        for (const bool opens : {false, true})
+            for (const bool earlier : {false, true}) {
+                SCOPED_TRACE(Utf8FromUtf16(log));
+                ScriptedRun run;
+                Place(run, u"house.skp", u"out\\house.bin", log);
+                fs::create_directories(run.SceneFile.parent_path());
+                std::error_code error;
+                fs::create_directory_symlink("out", run.Folder.Path / "link", error);
+                if (earlier) {
+                    WriteBytes(run.SceneFile, "earlier");
+                    fs::create_hard_link(run.SceneFile, run.Folder.Path / "linked.log", error);
+                }
+                if (error || (!earlier && run.Log == u"linked.log"))
+                    continue;
+                Json script = Textured();
+                if (!opens)
+                    script["faults"] = Faults("SUModelCreateFromFile", 1, "fail");
+                RunScript(run, script);
+                EXPECT_EQ(run.Result.ExitCode, opens ? 0 : 10);
+                if (opens)
+                    EXPECT_EQ(Shape(SceneOf(run)), "brick@1:2");
+                else
+                    EXPECT_EQ(fs::exists(run.SceneFile) ? ReadBytes(run.SceneFile) : "",
+                              earlier ? "earlier" : "");
+            }
+}
+
+// Folders that nothing may be written to: the log is left out, the scene file or a picture fails.
+TEST(RunPaths, FoldersWithoutPermission) {
+#ifdef _WIN32
+    GTEST_SKIP() << "folders are closed otherwise there";
+#endif
+    constexpr fs::perms readOnly = fs::perms::owner_read | fs::perms::owner_exec;
+    for (const std::string closed : {"out", "logs", "scene only"}) {
+        SCOPED_TRACE(closed);
+        ScriptedRun run;
+        run.Unprivileged = true;
+        const fs::path folder = run.Folder.Path / (closed == "logs" ? "logs" : "out");
+        fs::create_directories(folder);
+        if (closed == "scene only")
+            WriteBytes(run.SceneFile, "earlier");
+        fs::permissions(folder, readOnly);
+        RunScript(run, closed == "out" ? Faces({Triangle()}) : Textured());
+        EXPECT_EQ(run.Result.ExitCode, closed == "out" ? 11 : closed == "logs" ? 0 : 12);
+        EXPECT_EQ(fs::exists(run.LogFile), closed != "logs");
+        if (closed == "scene only") {
+            EXPECT_EQ(ReadBytes(run.SceneFile), "earlier");
+        }
+        fs::permissions(folder, fs::perms::owner_all);
+    }
+}

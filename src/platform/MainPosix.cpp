@@ -19,6 +19,8 @@ int main(int argc, char** argv) {
     FillStandardStreams();
     // A reader of standard output that goes away must not end a run: the write then just fails.
     std::signal(SIGPIPE, SIG_IGN);
+    // Nor must a limit on the size of files: it counts as a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     std::vector<std::u16string> arguments;
     for (int i = 1; i < argc; ++i) {
         arguments.push_back(Utf16FromUtf8(argv[i]));

@@ -22,6 +22,10 @@ std::FILE* OpenForReading(const std::u16string& path);
 // DirectoryAttribute for a directory, 0 for anything else that exists, or InvalidAttributes.
 uint32_t FileAttributes(const std::u16string& path);
 
+// Whether two paths name one file: through links and other spellings if the file exists, else by its
+// directory and its name.
+bool NameOneFile(const std::u16string& a, const std::u16string& b);
+
 // Creates one directory; a path with closing separators is accepted. Gives false on failure, also where
 // something stands there already.
 bool CreateOneDirectory(const std::u16string& path);

@@ -2,6 +2,7 @@
 #include "platform/Platform.h"
 
 #include <array>
+#include <filesystem>
 #include <sys/stat.h>
 
 namespace {
@@ -89,6 +90,16 @@ uint32_t FileAttributes(const std::u16string& path) {
         return InvalidAttributes;
     }
     return S_ISDIR(status.st_mode) ? DirectoryAttribute : 0;
+}
+
+bool NameOneFile(const std::u16string& a, const std::u16string& b) {
+    namespace fs = std::filesystem;
+    const fs::path first = SystemPath(a);
+    const fs::path second = SystemPath(b);
+    std::error_code error;
+    return fs::equivalent(first, second, error) ||
+           (first.filename() == second.filename() &&
+            fs::equivalent(first.parent_path() / ".", second.parent_path() / ".", error));
 }
 
 bool CreateOneDirectory(const std::u16string& path) {

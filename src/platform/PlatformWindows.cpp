@@ -2,6 +2,7 @@
 #include "platform/Platform.h"
 
 #include <fcntl.h>
+#include <filesystem>
 #include <io.h>
 #include <windows.h>
 
@@ -40,6 +41,17 @@ std::FILE* OpenForReading(const std::u16string& path) {
 
 uint32_t FileAttributes(const std::u16string& path) {
     return GetFileAttributesW(Wide(path).c_str());
+}
+
+bool NameOneFile(const std::u16string& a, const std::u16string& b) {
+    namespace fs = std::filesystem;
+    const fs::path first = Wide(a);
+    const fs::path second = Wide(b);
+    std::error_code error;
+    return fs::equivalent(first, second, error) ||
+           (CompareStringOrdinal(first.filename().c_str(), -1, second.filename().c_str(), -1, TRUE) ==
+                CSTR_EQUAL &&
+            fs::equivalent(first.parent_path() / ".", second.parent_path() / ".", error));
 }
 
 bool CreateOneDirectory(const std::u16string& path) {

@@ -4,6 +4,8 @@
 #include "mesh/ImportGeometry.h"
 #include "reader/LibraryReading.h"
 
+#include <algorithm>
+
 namespace {
 
 // The row of the element's own material, if it has one that the table knows, else the inherited row.
@@ -15,6 +17,14 @@ int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle
     }
     const int32_t row = FindMaterial(importer.MaterialRows, material);
     return row >= 0 ? row : inheritedIndex;
+}
+
+// Whether a list may be walked beneath those that are open. One that is open already would never end,
+// and one too deep would overrun the stack: both count as a list that can't be had.
+bool CanWalkInto(const ModelImporter& importer, EntitiesHandle entities) {
+    const std::vector<EntitiesHandle>& open = importer.OpenEntities;
+    return open.size() < NestingLimit &&
+           std::ranges::find(open, entities.Value, &EntitiesHandle::Value) == open.end();
 }
 
 // Adds the transform node of a group or an instance to the parent, and the content beneath it.
@@ -53,7 +63,7 @@ void ImportGroups(ModelImporter& importer, EntitiesHandle entities, SceneNode& p
             return;
         }
         EntitiesHandle content = {};
-        if (SUGroupGetEntities(group, &content) != 0) {
+        if (SUGroupGetEntities(group, &content) != 0 || !CanWalkInto(importer, content)) {
             continue;
         }
         AddChildNode(importer, content, element, parent, std::move(name), inheritedIndex,
@@ -80,7 +90,8 @@ void ImportInstances(ModelImporter& importer, EntitiesHandle entities, SceneNode
             continue;
         }
         EntitiesHandle content = {};
-        if (SUComponentDefinitionGetEntities(definition, &content) != 0 || IsNull(content)) {
+        if (SUComponentDefinitionGetEntities(definition, &content) != 0 || IsNull(content) ||
+            !CanWalkInto(importer, content)) {
             continue;
         }
         double transform[TransformValues] = {};
@@ -100,9 +111,11 @@ std::unique_ptr<SceneNode> ImportEntities(ModelImporter& importer, EntitiesHandl
         return nullptr;
     }
     auto node = std::make_unique<SceneNode>(std::move(name));
+    importer.OpenEntities.push_back(entities);
     ImportGeometry(importer, entities, *node, inheritedIndex);
     ImportGroups(importer, entities, *node, inheritedIndex);
     ImportInstances(importer, entities, *node, inheritedIndex);
+    importer.OpenEntities.pop_back();
     return node;
 }
 

@@ -4,9 +4,11 @@
 #include "reader/SketchUpAPI.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
+#include <memory>
+#include <new>
 #include <string>
-#include <vector>
 
 // The most elements of one list. A greater count is taken for a failed call, before memory is asked for.
 constexpr uint64_t MaxElementCount = std::numeric_limits<int32_t>::max();
@@ -14,19 +16,40 @@ constexpr uint64_t MaxElementCount = std::numeric_limits<int32_t>::max();
 // What a returned count has to be for an array to be used.
 enum class ReturnedCount { MustMatch, NotRead };
 
+// Elements for the library to fill. Memory that nobody writes to is not touched, so that a count which
+// is a lie costs little.
+template <class Element> struct ClearedArray {
+    std::unique_ptr<Element[], decltype(&std::free)> Elements = {nullptr, std::free};
+    uint64_t Count = 0;
+
+    ClearedArray() = default;
+    explicit ClearedArray(uint64_t count)
+        : Elements(static_cast<Element*>(std::calloc(count, sizeof(Element))), std::free), Count(count) {
+        if (Elements == nullptr) {
+            throw std::bad_alloc();
+        }
+    }
+    const Element* begin() const {
+        return Elements.get();
+    }
+    const Element* end() const {
+        return Elements.get() + Count;
+    }
+};
+
 // All elements of one kind of an owner: the count, then an array of that size. Empty on any failure. An
 // element that the library left alone is null.
 template <class Element, class Owner>
-std::vector<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*),
-                              int32_t (*getElements)(Owner, uint64_t, Element[], uint64_t*),
-                              ReturnedCount rule) {
+ClearedArray<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*),
+                               int32_t (*getElements)(Owner, uint64_t, Element[], uint64_t*),
+                               ReturnedCount rule) {
     uint64_t count = 0;
     if (getCount(owner, &count) != 0 || count == 0 || count > MaxElementCount) {
         return {};
     }
-    std::vector<Element> elements(count);
+    ClearedArray<Element> elements(count);
     uint64_t returned = 0;
-    if (getElements(owner, count, elements.data(), &returned) != 0) {
+    if (getElements(owner, count, elements.Elements.get(), &returned) != 0) {
         return {};
     }
     if (rule == ReturnedCount::MustMatch && returned != count) {

@@ -7,7 +7,13 @@
 #include "tool/ModelImporter.h"
 #include "tool/Paths.h"
 
+#include <cstdio>
+#include <new>
+#include <stdexcept>
+
 static constexpr int ExitWrongArguments = 1;
+// None of the codes that tell of a conversion.
+static constexpr int ExitOutOfMemory = 20;
 
 // Writes the whole scene file. An earlier file is cut to nothing only here, once the model has been
 // read.
@@ -18,11 +24,7 @@ static bool WriteSceneFile(const std::u16string& path, const SceneNode& root,
     return file.Stream != nullptr && WriteScene(file, root, materials);
 }
 
-int Main(const std::vector<std::u16string>& arguments) {
-    if (arguments.size() != 4) {
-        PrintToStandardOutput(MessageUsage);
-        return ExitWrongArguments;
-    }
+static int Run(const std::vector<std::u16string>& arguments) {
     const std::u16string& sourcePath = arguments[0];
     const std::u16string& scenePath = arguments[1];
     std::u16string relativeDirectory = arguments[2];
@@ -48,4 +50,20 @@ int Main(const std::vector<std::u16string>& arguments) {
     }
     Log(importer, MessageSuccess, {sourcePath, scenePath});
     return StatusOk;
+}
+
+int Main(const std::vector<std::u16string>& arguments) {
+    if (arguments.size() != 4) {
+        PrintToStandardOutput(MessageUsage);
+        return ExitWrongArguments;
+    }
+    // What the standard library throws where memory, or a size that it can have, comes to an end.
+    try {
+        return Run(arguments);
+    } catch (const std::bad_alloc&) {
+        std::fputs(MessageOutOfMemory, stderr);
+    } catch (const std::length_error&) {
+        std::fputs(MessageOutOfMemory, stderr);
+    }
+    return ExitOutOfMemory;
 }

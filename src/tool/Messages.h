@@ -1,9 +1,13 @@
 // All texts that the program prints or logs. "%s" stands for a text, "%d" for a number.
 #pragma once
 
-// The usage goes to standard output alone, with its own line end; all others are lines of the log.
+// The usage goes to standard output alone, with its own line end; all others but the second are lines of
+// the log.
 constexpr char16_t MessageUsage[] =
     u"Usage: orvane.exe <src_path> <dest_path> <rel_dest_dir> <log_path>\n";
+
+// On standard error alone.
+constexpr char MessageOutOfMemory[] = "orvane: out of memory\n";
 
 constexpr char16_t MessageImporting[] = u"Importing %s to %s";  // source, scene file
 constexpr char16_t MessageErrorOpening[] = u"Error opening %s"; // source

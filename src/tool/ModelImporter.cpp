@@ -2,6 +2,7 @@
 #include "tool/ModelImporter.h"
 
 #include "output/Recentre.h"
+#include "platform/Platform.h"
 #include "reader/EntityWalk.h"
 #include "reader/LibraryPath.h"
 #include "reader/Materials.h"
@@ -27,7 +28,10 @@ RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u
                                   const std::u16string& outputDirectory,
                                   const std::u16string& relativeDirectory,
                                   const std::u16string& logPath) {
-    LogFile.Open(logPath);
+    // A log in the scene file's place would cut an earlier one to nothing, and be written over itself.
+    if (!NameOneFile(logPath, scenePath)) {
+        LogFile.Open(logPath);
+    }
     LogFile.Write(ByteOrderMark, sizeof ByteOrderMark);
     SourceDirectory = DirectoryOf(sourcePath.c_str());
     OutputDirectory = DirectoryOf(outputDirectory.c_str());
@@ -37,6 +41,7 @@ RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u
 
     const std::optional<std::string> libraryPath = LibraryPath(sourcePath);
     if (!libraryPath || SUModelCreateFromFile(&Model, libraryPath->c_str()) != 0) {
+        Model = {}; // whatever the failed call has left there is not released
         Log(*this, MessageErrorOpening, {sourcePath});
         ImportStatus = StatusModelNotOpened;
         return nullptr;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 // Values of ImportStatus. The value is at once the number in the log and the exit code.
 constexpr int32_t StatusOk = 0;
@@ -30,6 +31,7 @@ struct ModelImporter {
     TextureWriterHandle TextureWriter = {};   // null until created
     ModelHandle Model = {};                   // null until opened
     int32_t ImportStatus = StatusOk;          // the run's one failure mark; never set back
+    std::vector<EntitiesHandle> OpenEntities; // the lists being walked, from the model's own down
 
     // Brings the library up.
     ModelImporter();

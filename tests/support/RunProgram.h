@@ -1,6 +1,7 @@
 // Runs a program as a child process and waits for its end. One side per system.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -14,6 +15,11 @@ struct ProgramCall {
     std::filesystem::path LibraryDirectory;
     // Variables on top of the caller's environment: names and values in ASCII.
     std::vector<std::pair<std::string, std::string>> Environment;
+    // The most memory the program may ask for, in bytes; 0 for no limit. Not on Windows. With sanitizers
+    // it bounds each request by itself.
+    uint64_t MemoryLimit = 0;
+    // Whether permissions bind the program also where the caller is root. Not on Windows.
+    bool Unprivileged = false;
 };
 
 struct ProgramResult {

@@ -73,10 +73,12 @@ void RunScript(ScriptedRun& run, const Json& script) {
                              .Arguments = {run.Source, run.Destination, run.RelativeDirectory, run.Log},
                              .WorkingDirectory = run.Folder.Path,
                              .LibraryDirectory = ORVANE_SCRIPTED_LIBRARY_DIR,
-                             .Environment = {{"ORVANE_SCRIPTED_RECORD", record.string()}}});
+                             .Environment = {{"ORVANE_SCRIPTED_RECORD", record.string()}},
+                             .MemoryLimit = run.MemoryLimit,
+                             .Unprivileged = run.Unprivileged});
     run.Calls.clear();
     ReadCalls(run, record);
-    EXPECT_EQ(run.Result.Errors, "");
+    EXPECT_EQ(run.Result.Errors, run.ExpectedErrors);
     if (run.Result.ExitCode == DeadExitCode)
         return;
     ASSERT_GE(run.Calls.size(), 3u) << "exit code " << run.Result.ExitCode;

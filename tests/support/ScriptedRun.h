@@ -24,6 +24,10 @@ struct ScriptedRun {
     std::filesystem::path SceneFile;
     std::filesystem::path LogFile;
 
+    uint64_t MemoryLimit = 0;   // As in ProgramCall.
+    bool Unprivileged = false;  // Likewise.
+    std::string ExpectedErrors; // On standard error output.
+
     ProgramResult Result;
     std::vector<std::string> Calls; // The library's record, without its remarks on faults.
 
@@ -34,8 +38,9 @@ struct ScriptedRun {
 constexpr int DeadExitCode = 99;
 
 // Writes the script and runs the program once. Whatever the outcome, the program has to keep the
-// library's contract, to begin with SUInitialize, to end with SUModelRelease and SUTerminate, and to be
-// silent on standard error output; a breach of that fails the test. A run that dies has no end to check.
+// library's contract, to begin with SUInitialize, to end with SUModelRelease and SUTerminate, and to say
+// on standard error output what is expected; a breach of that fails the test. A run that dies has no end
+// to check.
 void RunScript(ScriptedRun& run, const Json& script);
 
 // Expects the exit code and exactly these lines in the log and on standard output. In the lines, {src}

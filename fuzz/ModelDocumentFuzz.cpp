@@ -1,0 +1,17 @@
+// Feeds any bytes to the reader of model documents. "p.png" is the one picture that can be had.
+#include "CheckModel.h"
+#include "FuzzInput.h"
+#include "provider/ModelDocument.h"
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    JsonTape json;
+    Model model;
+    std::string error;
+    const bool read = ParseJson({reinterpret_cast<const char*>(data), size}, json, error) &&
+                      ReadModelDocument(json, PictureFolder(), model, error);
+    Expect(read || !error.empty());
+    if (read) {
+        CheckModel(std::move(model));
+    }
+    return 0;
+}

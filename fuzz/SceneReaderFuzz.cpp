@@ -1,0 +1,41 @@
+// Feeds any bytes to the scene file reader, with and without a known size, and what is sound to all that
+// scene-inspect makes of a scene but pictures.
+#include "FuzzInput.h"
+#include "inspect/GltfExport.h"
+#include "inspect/SceneDiff.h"
+#include "inspect/SceneJson.h"
+#include "inspect/SceneReader.h"
+#include "inspect/SceneSummary.h"
+#include "inspect/SceneTree.h"
+#include "inspect/SummaryText.h"
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::span<const uint8_t> bytes(data, size);
+    StoredScene scene;
+    const auto fault = ReadStoredScene(bytes, scene);
+
+    SceneReading pipe = ReadingOfBytes(bytes);
+    pipe.Size.reset();
+    SceneSummary summary;
+    const auto pipeFault = SummarizeParts(pipe, summary);
+    Expect(fault.has_value() == pipeFault.has_value());
+    if (fault) {
+        Expect(fault->Offset <= size && pipeFault->Offset <= size && !FaultText(*fault).empty());
+        return 0;
+    }
+    Expect(SummaryText(Summarize(scene)) == SummaryText(summary));
+    Expect(!SummaryJson(summary).empty());
+    SceneReading reading = ReadingOfBytes(bytes);
+    std::u16string tree;
+    Expect(!TreeText(reading, tree) && !tree.empty());
+    Expect(CompareScenes(scene, scene).Count == 0);
+    // Without pictures: no file of the name that the input has made up shall be opened.
+    for (StoredNode& node : scene.Nodes) {
+        for (StoredMesh& mesh : node.Meshes) {
+            mesh.Material.TexturePath.clear();
+        }
+    }
+    TextureShelf shelf;
+    Expect(!ExportGltf(scene, shelf).Bytes.empty());
+    return 0;
+}
