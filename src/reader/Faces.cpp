@@ -2,7 +2,6 @@
 #include "reader/Faces.h"
 
 #include "reader/EntityWalk.h"
-#include "reader/LibraryReading.h"
 #include "reader/Textures.h"
 
 #include <cmath>
@@ -69,16 +68,16 @@ int32_t MaterialIndexOf(const ModelImporter& importer, MaterialHandle material) 
 using ReadTriples = int32_t (*)(MeshHelperHandle, uint64_t, double[][3], uint64_t*);
 
 // One array of the mesh helper. False if it can't be read in full.
-bool ReadArray(std::vector<double>& values, MeshHelperHandle meshHelper, uint64_t count,
+bool ReadArray(ClearedArray<double>& values, MeshHelperHandle meshHelper, uint64_t count,
                ReadTriples read) {
-    values.assign(3 * count, 0.0);
+    values.Clear(3 * count);
     uint64_t returned = 0;
-    return read(meshHelper, count, reinterpret_cast<Triple*>(values.data()), &returned) == 0 &&
+    return read(meshHelper, count, reinterpret_cast<Triple*>(values.Elements.get()), &returned) == 0 &&
            returned == count;
 }
 
 // Whether every index, as a signed 32-bit number, is a vertex.
-bool IndicesAreSound(const std::vector<uint64_t>& indices, uint64_t vertexCount) {
+bool IndicesAreSound(const ClearedArray<uint64_t>& indices, uint64_t vertexCount) {
     for (const uint64_t index : indices) {
         const auto number = static_cast<int32_t>(static_cast<uint32_t>(index));
         if (number < 0 || static_cast<uint64_t>(number) >= vertexCount) {
@@ -128,16 +127,17 @@ bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& s
     constexpr double noCoordinates[3] = {0.0, 0.0, 1.0};
     mesh.Vertices.resize(vertexCount);
     for (size_t i = 0; i < vertexCount; ++i) {
-        mesh.Vertices[i] = MakeVertex(&mesh.Positions[3 * i], &mesh.Normals[3 * i],
-                                      textured ? &mesh.Stq[3 * i] : noCoordinates, side);
+        mesh.Vertices[i] = MakeVertex(&mesh.Positions.Elements[3 * i], &mesh.Normals.Elements[3 * i],
+                                      textured ? &mesh.Stq.Elements[3 * i] : noCoordinates, side);
     }
     const uint64_t indexCount = 3 * triangleCount;
     if (indexCount > MaxElementCount) {
         return false;
     }
-    mesh.Indices.assign(indexCount, 0);
+    mesh.Indices.Clear(indexCount);
     uint64_t returned = 0;
-    return SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.data(), &returned) == 0 &&
+    return SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.Elements.get(),
+                                        &returned) == 0 &&
            returned == indexCount && IndicesAreSound(mesh.Indices, vertexCount);
 }
 
@@ -166,10 +166,10 @@ void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, Polygo
     if (importer.ImportStatus != StatusOk || !ReadSideMesh(mesh, meshHelper, side)) {
         return;
     }
-    Vertex* vertex = AppendTriangles(polygons[side.MaterialIndex], mesh.Indices.size() / 3);
-    for (size_t i = 0; i < mesh.Indices.size(); i += 3) {
+    Vertex* vertex = AppendTriangles(polygons[side.MaterialIndex], mesh.Indices.Count / 3);
+    for (size_t i = 0; i < mesh.Indices.Count; i += 3) {
         const auto corner = [&mesh, i](size_t which) -> const Vertex& {
-            return mesh.Vertices[static_cast<uint32_t>(mesh.Indices[i + which])];
+            return mesh.Vertices[static_cast<uint32_t>(mesh.Indices.Elements[i + which])];
         };
         const Vertex& a = corner(side.IsFront ? 0 : 2);
         const Vertex& b = corner(1);

@@ -1,6 +1,7 @@
 // Faces: both sides of each visible face of a list, read as triangles.
 #pragma once
 
+#include "reader/LibraryReading.h"
 #include "reader/SketchUpAPI.h"
 #include "tool/ModelImporter.h"
 
@@ -20,11 +21,11 @@ struct FaceSide {
 
 // What the mesh helper tells of one side, in the library's axes, and what becomes of it.
 struct SideMesh {
-    std::vector<double> Positions; // three per vertex, as the next two
-    std::vector<double> Normals;
-    std::vector<double> Stq;
-    std::vector<uint64_t> Indices; // three per triangle; the low 32 bits count
-    std::vector<Vertex> Vertices;  // in scene axes, with the normals and coordinates of the side
+    ClearedArray<double> Positions; // three per vertex, as the next two
+    ClearedArray<double> Normals;
+    ClearedArray<double> Stq;
+    ClearedArray<uint64_t> Indices; // three per triangle; the low 32 bits count
+    std::vector<Vertex> Vertices;   // in scene axes, with the normals and coordinates of the side
 };
 
 // Appends the triangles of all visible faces of the list, for each face its front, then its back, in the

@@ -3,6 +3,7 @@
 
 #include "reader/SketchUpAPI.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
@@ -16,18 +17,27 @@ constexpr uint64_t MaxElementCount = std::numeric_limits<int32_t>::max();
 // What a returned count has to be for an array to be used.
 enum class ReturnedCount { MustMatch, NotRead };
 
-// Elements for the library to fill. Memory that nobody writes to is not touched, so that a count which
-// is a lie costs little.
+// Elements for the library to fill. Fresh memory that nobody writes to is not touched, so that a count
+// which is a lie costs little.
 template <class Element> struct ClearedArray {
     std::unique_ptr<Element[], decltype(&std::free)> Elements = {nullptr, std::free};
     uint64_t Count = 0;
+    uint64_t Room = 0; // elements that fit the memory
 
-    ClearedArray() = default;
-    explicit ClearedArray(uint64_t count)
-        : Elements(static_cast<Element*>(std::calloc(count, sizeof(Element))), std::free), Count(count) {
+    // Makes it an array of so many cleared elements, in the memory that it has if they fit.
+    void Clear(uint64_t count) {
+        Count = count;
+        if (count <= Room) {
+            std::fill_n(Elements.get(), count, Element{});
+            return;
+        }
+        Elements.reset();
+        Room = 0;
+        Elements.reset(static_cast<Element*>(std::calloc(count, sizeof(Element))));
         if (Elements == nullptr) {
             throw std::bad_alloc();
         }
+        Room = count;
     }
     const Element* begin() const {
         return Elements.get();
@@ -47,7 +57,8 @@ ClearedArray<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*
     if (getCount(owner, &count) != 0 || count == 0 || count > MaxElementCount) {
         return {};
     }
-    ClearedArray<Element> elements(count);
+    ClearedArray<Element> elements;
+    elements.Clear(count);
     uint64_t returned = 0;
     if (getElements(owner, count, elements.Elements.get(), &returned) != 0) {
         return {};
