@@ -25,7 +25,7 @@ struct FuzzInput {
     template <class Type> Type Take() {
         Type value = {};
         const size_t size = std::min(sizeof value, Bytes.size());
-        std::memcpy(&value, Bytes.data(), size);
+        std::copy_n(Bytes.data(), size, reinterpret_cast<uint8_t*>(&value));
         Bytes = Bytes.subspan(size);
         return value;
     }

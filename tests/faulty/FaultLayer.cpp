@@ -61,7 +61,7 @@ struct FaultPlan {
 };
 
 const FaultPlan& Plan() {
-    static const FaultPlan plan = [] {
+    static const FaultPlan ThePlan = [] {
         FaultPlan read;
         const char* text = std::getenv("ORVANE_FAULT");
         std::istringstream words(text != nullptr ? text : "");
@@ -76,7 +76,7 @@ const FaultPlan& Plan() {
         }
         return read;
     }();
-    return plan;
+    return ThePlan;
 }
 
 bool IsMeant(uint64_t call) {
@@ -140,7 +140,7 @@ bool running = false;
 uint64_t requests = 0; // for memory, while running
 
 void* Library() {
-    static void* const library = [] {
+    static void* const TheLibrary = [] {
         const char* path = std::getenv("ORVANE_FAULT_LIBRARY");
         void* opened = path != nullptr ? dlopen(path, RTLD_NOW | RTLD_LOCAL) : nullptr;
         if (opened == nullptr) {
@@ -149,7 +149,7 @@ void* Library() {
         }
         return opened;
     }();
-    return library;
+    return TheLibrary;
 }
 
 Operation::Operation(const char* name, bool (*applies)(Kind))
