@@ -95,8 +95,12 @@ const tinygltf::Accessor* FindAccessor(const GltfDocument& document, int index) 
                : nullptr;
 }
 
-const char* MakeView(const GltfDocument& document, const tinygltf::Accessor& accessor,
-                     ElementView& view) {
+// Null, or the reason why there is no view. The accessor may be null.
+const char* MakeView(const GltfDocument& document, const tinygltf::Accessor* found, ElementView& view) {
+    if (found == nullptr) {
+        return "there is no such accessor";
+    }
+    const tinygltf::Accessor& accessor = *found;
     const int32_t components = tinygltf::GetNumComponentsInType(static_cast<uint32_t>(accessor.type));
     if (!IsStoredType(accessor.componentType) || components < 1) {
         return "the type of the data is not one that glTF has";
@@ -163,7 +167,7 @@ bool FindBufferView(const GltfDocument& document, size_t index, std::span<const 
 bool CountElements(const GltfDocument& document, int accessor, uint32_t& count) {
     const tinygltf::Accessor* found = FindAccessor(document, accessor);
     ElementView view;
-    if (found == nullptr || found->count >= NoIndex || MakeView(document, *found, view) != nullptr) {
+    if (MakeView(document, found, view) != nullptr || found->count >= NoIndex) {
         return false;
     }
     count = static_cast<uint32_t>(found->count);
@@ -173,11 +177,8 @@ bool CountElements(const GltfDocument& document, int accessor, uint32_t& count) 
 const char* ReadPoints(const GltfDocument& document, int accessor, IndexRange range,
                        std::vector<Point3>& points) {
     const tinygltf::Accessor* found = FindAccessor(document, accessor);
-    if (found == nullptr) {
-        return "there is no such accessor";
-    }
     ElementView view;
-    if (const char* reason = MakeView(document, *found, view)) {
+    if (const char* reason = MakeView(document, found, view)) {
         return reason;
     }
     if (view.Components != 2 && view.Components != 3) {
@@ -212,11 +213,8 @@ const char* ReadPoints(const GltfDocument& document, int accessor, IndexRange ra
 
 const char* ReadIndices(const GltfDocument& document, int accessor, std::vector<uint32_t>& indices) {
     const tinygltf::Accessor* found = FindAccessor(document, accessor);
-    if (found == nullptr) {
-        return "there is no such accessor";
-    }
     ElementView view;
-    if (const char* reason = MakeView(document, *found, view)) {
+    if (const char* reason = MakeView(document, found, view)) {
         return reason;
     }
     // No unsigned 32-bit number is lost in a double.

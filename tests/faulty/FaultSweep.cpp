@@ -2,7 +2,7 @@
 //
 //   fault-sweep PROGRAMS calls EACH DOCUMENT...    each kind of fault at every call of every operation:
 //               the first EACH calls, then as many again in equal strides; and each request for memory
-//   fault-sweep PROGRAMS random RUNS SEED DOCUMENT...   many faults at random, in front of the documents
+//   fault-sweep PROGRAMS random RUNS FIRST DOCUMENT...   many faults at random, in front of the documents
 //               and of the scripted library with models made up at random
 //   fault-sweep PROGRAMS machine STEPS DOCUMENT...  files cut at a limit, signals, closed streams
 //
@@ -437,7 +437,7 @@ int main(int argc, char** argv) {
     const size_t options = mode == "random" ? 4 : 3;
     if ((mode != "calls" && mode != "random" && mode != "machine") || arguments.size() <= options) {
         std::fprintf(stderr,
-                     "fault-sweep PROGRAMS calls EACH | random RUNS SEED | machine STEPS DOCUMENT...\n");
+                     "fault-sweep PROGRAMS calls EACH | random RUNS FIRST | machine STEPS DOCUMENT...\n");
         return 2;
     }
     programs = fs::absolute(arguments[0]);
