@@ -40,11 +40,15 @@ bool AreSoundTables(std::span<const uint8_t> bytes, size_t at) {
 } // namespace
 
 bool HasSoundHuffmanTables(std::span<const uint8_t> bytes) {
-    if (bytes.size() < 2 || bytes[0] != MarkerStart || bytes[1] != StartOfImage) {
+    // Any number of fill bytes may stand ahead of a marker, the first one too.
+    const auto start = static_cast<size_t>(
+        std::ranges::find_if_not(bytes, [](uint8_t byte) { return byte == MarkerStart; }) -
+        bytes.begin());
+    if (start == 0 || start == bytes.size() || bytes[start] != StartOfImage) {
         return true;
     }
     bool inScans = false;
-    for (size_t at = 2; at + 1 < bytes.size(); ++at) {
+    for (size_t at = start + 1; at + 1 < bytes.size(); ++at) {
         if (bytes[at] != MarkerStart || bytes[at + 1] == MarkerStart) {
             continue;
         }

@@ -20,6 +20,11 @@
 #define STBI_ONLY_TGA
 #define STBI_NO_STDIO
 #define STBI_MAX_DIMENSIONS static_cast<int>(LargestPictureSide)
+// A JPEG can use tables that it doesn't define, and the decoder then reads what memory happens to hold,
+// past its end at the worst. Zeros do no harm there, and give the same picture each time.
+#define STBI_MALLOC(size) std::calloc(1, size)
+#define STBI_REALLOC(block, size) std::realloc(block, size)
+#define STBI_FREE(block) std::free(block)
 #include <stb_image.h>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
