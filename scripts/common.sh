@@ -43,8 +43,14 @@ make_packages() {
     rm -rf dist/_CPack_Packages
 }
 
-# Sets up a fresh Wine prefix in a folder of the build.
-make_wine_prefix() {
-    rm -rf "$1"
-    WINEPREFIX=$root/$1 WINEDEBUG=-all wineboot --init >/dev/null 2>&1
+# Sets up a fresh Wine prefix in a folder of the build and keeps its server running until the script ends. A server
+# that ends with its last client, as Debian's does if left alone, can break off a client that starts that moment.
+start_wine() {
+    export WINEPREFIX=$root/$1 WINEDEBUG=-all
+    wineserver -k >/dev/null 2>&1 || true
+    rm -rf "$WINEPREFIX"
+    mkdir -p "$WINEPREFIX"
+    trap 'wineserver -k' EXIT
+    wineserver -p </dev/null >/dev/null 2>&1
+    wineboot --init </dev/null >/dev/null 2>&1
 }
