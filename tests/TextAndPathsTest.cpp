@@ -44,11 +44,9 @@ TEST(Paths, SplitPathTakesTheLastDotOfTheLastComponent) {
     EXPECT_EQ(FileNameOf(u"C:\\x\\a.png"), u"a.png");
 }
 
-TEST(Paths, ComparesWithoutRegardToCaseInAsciiOnly) {
-    EXPECT_TRUE(EqualIgnoringCase(u"Brick.JPG", u"bRICK.jpg"));
-    EXPECT_FALSE(EqualIgnoringCase(u"a", u"ab"));
-    EXPECT_FALSE(EqualIgnoringCase(u"\u00E4", u"\u00C4"));
-    EXPECT_FALSE(EqualIgnoringCase(u"[", u"{")); // next to the letters
+TEST(Paths, FoldsTheCaseOfAsciiOnly) {
+    EXPECT_EQ(FoldCase(u"AZ Brick.JPG"), u"az brick.jpg");
+    EXPECT_EQ(FoldCase(u"\u00C4@[`{"), u"\u00C4@[`{"); // next to the letters
 }
 
 TEST(Paths, MakeDirectoriesCreatesAllLevels) {

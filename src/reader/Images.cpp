@@ -7,7 +7,6 @@
 #include "reader/Textures.h"
 #include "tool/Paths.h"
 
-#include <algorithm>
 #include <array>
 
 namespace {
@@ -15,22 +14,18 @@ namespace {
 // The row of a picture's file name: the first that has the name as its key, of a material or of an
 // image, or a new one.
 int32_t ImageMaterialIndex(ModelImporter& importer, ImageHandle image, const std::u16string& key) {
-    MaterialTable& table = importer.MaterialTable;
-    const auto found = std::ranges::find_if(table, [&key](const MaterialEntry& row) {
-        return EqualIgnoringCase(row.SourceTextureName, key);
-    });
-    if (found == table.end()) {
-        TexturePaths paths = NextTexturePaths(importer);
-        MaterialEntry entry;
-        entry.OutputFileName = FileNameOf(paths.OutputPath);
-        entry.OutputPath = std::move(paths.OutputPath);
-        entry.RelativePath = std::move(paths.RelativePath);
-        entry.SourceTextureName = key;
-        entry.Image = image;
-        table.push_back(std::move(entry));
-        return static_cast<int32_t>(table.size() - 1);
+    const int32_t row = FindSource(importer, key);
+    if (row >= 0) {
+        return row;
     }
-    return static_cast<int32_t>(found - table.begin());
+    TexturePaths paths = NextTexturePaths(importer);
+    MaterialEntry entry;
+    entry.OutputFileName = FileNameOf(paths.OutputPath);
+    entry.OutputPath = std::move(paths.OutputPath);
+    entry.RelativePath = std::move(paths.RelativePath);
+    entry.SourceTextureName = key;
+    entry.Image = image;
+    return AppendRow(importer, std::move(entry));
 }
 
 // Size of a picture. [Units: pixels]

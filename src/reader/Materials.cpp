@@ -40,16 +40,12 @@ uint32_t ReadColor(MaterialHandle material) {
     return ReadAlpha(material) | color;
 }
 
-// The first row whose picture file can serve a material with this source name and colour, or null.
-const MaterialEntry* FindSharedTexture(const MaterialTable& table,
-                                       const std::u16string& sourceTextureName, uint32_t color) {
-    for (const MaterialEntry& row : table) {
-        if (!row.OutputPath.empty() && EqualIgnoringCase(row.SourceTextureName, sourceTextureName) &&
-            (row.Color & ColorBytes) == (color & ColorBytes)) {
-            return &row;
-        }
-    }
-    return nullptr;
+// The key by which textured materials share a picture file.
+std::u16string SourceAndColor(std::u16string_view sourceTextureName, uint32_t color) {
+    std::u16string key = FoldCase(sourceTextureName);
+    key += static_cast<char16_t>((color & ColorBytes) >> 16);
+    key += static_cast<char16_t>(color & 0xFFFF);
+    return key;
 }
 
 void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
@@ -67,11 +63,12 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     }
     if (hasTexture && (type == MaterialTypeTextured || type == MaterialTypeColorized)) {
         entry.SourceTextureName = ReadText(texture, SUTextureGetFileName);
-        const MaterialEntry* shared =
-            FindSharedTexture(importer.MaterialTable, entry.SourceTextureName, entry.Color);
-        if (shared != nullptr) {
-            entry.OutputPath = shared->OutputPath;
-            entry.RelativePath = shared->RelativePath;
+        const auto& rows = importer.MaterialRows.BySourceAndColor;
+        const auto found = rows.find(SourceAndColor(entry.SourceTextureName, entry.Color));
+        if (found != rows.end()) {
+            const MaterialEntry& shared = importer.MaterialTable[static_cast<size_t>(found->second)];
+            entry.OutputPath = shared.OutputPath;
+            entry.RelativePath = shared.RelativePath;
         } else {
             TexturePaths paths = NextTexturePaths(importer);
             entry.OutputPath = std::move(paths.OutputPath);
@@ -80,8 +77,7 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     }
     entry.Name = ReadText(material, SUMaterialGetName);
     entry.OutputFileName = FileNameOf(entry.OutputPath);
-    importer.MaterialRows.emplace(material.Value, static_cast<int32_t>(importer.MaterialTable.size()));
-    importer.MaterialTable.push_back(std::move(entry));
+    AppendRow(importer, std::move(entry));
 }
 
 } // namespace
@@ -96,13 +92,31 @@ TexturePaths NextTexturePaths(ModelImporter& importer) {
             .RelativePath = compose(importer.RelativeDirectory)};
 }
 
+int32_t AppendRow(ModelImporter& importer, MaterialEntry entry) {
+    const auto row = static_cast<int32_t>(importer.MaterialTable.size());
+    MaterialRows& rows = importer.MaterialRows;
+    // Of rows with the same key the first stays entered.
+    rows.ByMaterial.emplace(entry.Material.Value, row);
+    rows.BySource.emplace(FoldCase(entry.SourceTextureName), row);
+    if (!entry.OutputPath.empty()) {
+        rows.BySourceAndColor.emplace(SourceAndColor(entry.SourceTextureName, entry.Color), row);
+    }
+    importer.MaterialTable.push_back(std::move(entry));
+    return row;
+}
+
+int32_t FindSource(const ModelImporter& importer, std::u16string_view sourceTextureName) {
+    const auto found = importer.MaterialRows.BySource.find(FoldCase(sourceTextureName));
+    return found == importer.MaterialRows.BySource.end() ? -1 : found->second;
+}
+
 void ImportMaterials(ModelImporter& importer) {
     if (importer.ImportStatus != StatusOk) {
         return;
     }
     MaterialEntry defaultRow;
     defaultRow.Name = u"Default";
-    importer.MaterialTable.push_back(std::move(defaultRow));
+    AppendRow(importer, std::move(defaultRow));
     for (const MaterialHandle material : ReadList(importer.Model, SUModelGetNumAllMaterials,
                                                   SUModelGetAllMaterials, ReturnedCount::MustMatch)) {
         ImportMaterial(importer, material);

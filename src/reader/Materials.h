@@ -12,6 +12,13 @@ struct TexturePaths {
 // Hands out the next texture number and gives its paths.
 TexturePaths NextTexturePaths(ModelImporter& importer);
 
+// Appends a row and enters it where rows are looked for. Gives its index.
+int32_t AppendRow(ModelImporter& importer, MaterialEntry entry);
+
+// The first row, of a material or of an image, with this source texture name but for the case of A to Z;
+// or -1.
+int32_t FindSource(const ModelImporter& importer, std::u16string_view sourceTextureName);
+
 // Appends the default row, then one row for each material of the model, used or not. Textured materials
 // with the same source file name and the same red, green and blue share one file. A failing query leaves
 // rows with less, or only the default row; nothing is logged and no status set.

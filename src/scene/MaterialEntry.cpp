@@ -2,6 +2,6 @@
 #include "scene/MaterialEntry.h"
 
 int32_t FindMaterial(const MaterialRows& rows, MaterialHandle material) {
-    const auto found = rows.find(material.Value);
-    return found == rows.end() || IsNull(material) ? -1 : found->second;
+    const auto found = rows.ByMaterial.find(material.Value);
+    return found == rows.ByMaterial.end() || IsNull(material) ? -1 : found->second;
 }

@@ -27,8 +27,14 @@ using MaterialTable = std::vector<MaterialEntry>;
 
 constexpr int32_t DefaultMaterialIndex = 0;
 
-// The first row of each material handle.
-using MaterialRows = std::unordered_map<uint64_t, int32_t>;
+// Where to find rows without walking the table: the first row of each material handle, of each source
+// texture name, and of each source texture name with a colour among those with a picture file. Names are
+// folded to lower case, colours without alpha stand behind them.
+struct MaterialRows {
+    std::unordered_map<uint64_t, int32_t> ByMaterial;
+    std::unordered_map<std::u16string, int32_t> BySource;
+    std::unordered_map<std::u16string, int32_t> BySourceAndColor;
+};
 
 // The row of a material, or -1. A null handle has none.
 int32_t FindMaterial(const MaterialRows& rows, MaterialHandle material);

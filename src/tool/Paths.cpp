@@ -1,4 +1,4 @@
-// Path operations: splitting, directories, comparison. The same on every system.
+// Path operations: splitting, directories, folding of case. The same on every system.
 #include "tool/Paths.h"
 
 #include "platform/Platform.h"
@@ -11,10 +11,6 @@ constexpr char16_t Backslash = u'\\';
 
 bool IsSeparator(char16_t unit) {
     return unit == Backslash || unit == u'/';
-}
-
-char16_t FoldCase(char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
 }
 
 } // namespace
@@ -82,6 +78,12 @@ void MakeDirectories(const char16_t* path) {
     CreateOneDirectory(directory);
 }
 
-bool EqualIgnoringCase(std::u16string_view a, std::u16string_view b) {
-    return std::ranges::equal(a, b, {}, FoldCase, FoldCase);
+std::u16string FoldCase(std::u16string_view text) {
+    std::u16string folded(text);
+    for (char16_t& unit : folded) {
+        if (unit >= u'A' && unit <= u'Z') {
+            unit = static_cast<char16_t>(unit - u'A' + u'a');
+        }
+    }
+    return folded;
 }

@@ -37,5 +37,6 @@ std::u16string DirectoryOf(const char16_t* path);
 // A failure is not told: it shows when a file in the directory can't be opened.
 void MakeDirectories(const char16_t* path);
 
-// Equality of texts with A to Z folded to one case and every other unit compared by value.
-bool EqualIgnoringCase(std::u16string_view a, std::u16string_view b);
+// A text with A to Z turned into a to z and every other unit as it is: two texts that give the same are
+// equal but for the case of these letters.
+std::u16string FoldCase(std::u16string_view text);
