@@ -148,9 +148,9 @@ int Run(const Options& options) {
 
 } // namespace
 
-int Main(const std::vector<std::u16string>& arguments) {
+int Main() {
     Options options;
-    const std::u16string wrong = ParseOptions(arguments, options);
+    const std::u16string wrong = ParseOptions(CommandLine(), options);
     if (!wrong.empty()) {
         PrintError(u"scene-inspect: " + wrong);
         PrintError(UsageText());

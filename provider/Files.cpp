@@ -9,6 +9,10 @@
 constexpr size_t ReadSize = 1 << 20; // bytes
 
 bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes) {
+    // Pipes and devices may never end.
+    if ((FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
+        return false;
+    }
     const auto close = [](std::FILE* file) {
         std::fclose(file);
     };

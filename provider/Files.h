@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-// Gives false when the file can't be opened or read to its end.
+// Gives false when the file can't be opened or read to its end, or isn't an ordinary one.
 bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes);
 
 // Creates or replaces the file. Gives false when it can't be opened or not all bytes went out.

@@ -231,21 +231,37 @@ TEST(RunPaths, AMessageIsCutAtTheSizeOfItsBuffer) {
 
 // A log that would take the scene file's place is none, and the scene file stays as it was or is whole.
 TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
-    for (const char16_t* log : {u"out\\house.bin", u".\\out\\house.bin", u"out/..\\out//house.bin",
-                                u"link\\house.bin", u"linked.log"})
+    const std::pair<const char16_t*, const char16_t*> sceneAndLog[] = {
+        {u"out\\house.bin", u"out\\house.bin"},
+        {u"out\\house.bin", u".\\out\\house.bin"},
+        {u"out\\house.bin", u"out/..\\out//house.bin"},
+        {u"out\\house.bin", u"out\\house.bin."}, // The same on Windows alone.
+        {u"out\\house.bin", u"folder link\\house.bin"},
+        {u"out\\house.bin", u"hard link.log"},
+        {u"out\\house.bin", u"link to link.log"},
+        {u"link to link.log", u"out\\house.bin"},
+    };
+    for (const auto& [scene, log] : sceneAndLog)
         for (const bool opens : {false, true})
             for (const bool earlier : {false, true}) {
-                SCOPED_TRACE(Utf8FromUtf16(log));
+                SCOPED_TRACE(Utf8FromUtf16(scene) + Utf8FromUtf16(log));
                 ScriptedRun run;
-                Place(run, u"house.skp", u"out\\house.bin", log);
-                fs::create_directories(run.SceneFile.parent_path());
+                Place(run, u"house.skp", scene, log);
+                const fs::path& folder = run.Folder.Path;
+                fs::create_directories(folder / "out");
+                if (earlier)
+                    WriteBytes(folder / "out" / "house.bin", "earlier");
+                // Some systems have no links, and there is no hard link to what doesn't exist.
                 std::error_code error;
-                fs::create_directory_symlink("out", run.Folder.Path / "link", error);
-                if (earlier) {
-                    WriteBytes(run.SceneFile, "earlier");
-                    fs::create_hard_link(run.SceneFile, run.Folder.Path / "linked.log", error);
+                if (run.Log.starts_with(u"folder"))
+                    fs::create_directory_symlink("out", folder / "folder link", error);
+                else if (run.Log.starts_with(u"hard"))
+                    fs::create_hard_link(run.SceneFile, run.LogFile, error);
+                else if ((run.Log + run.Destination).find(u"link") != run.Log.npos) {
+                    fs::create_symlink("out/house.bin", folder / "link.log", error);
+                    fs::create_symlink(folder / "link.log", folder / "link to link.log", error);
                 }
-                if (error || (!earlier && run.Log == u"linked.log"))
+                if (error)
                     continue;
                 Json script = Textured();
                 if (!opens)

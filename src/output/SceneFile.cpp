@@ -15,8 +15,16 @@ template <class Record> bool WriteRecord(OutputFile& file, const Record& record)
     return file.Write(&record, sizeof record);
 }
 
+// In parts, since one write can't be told of 4 GB or more.
 template <class Element> bool WriteArray(OutputFile& file, const std::vector<Element>& elements) {
-    return file.Write(elements.data(), static_cast<uint32_t>(elements.size() * sizeof(Element)));
+    constexpr size_t most = (size_t{1} << 30) / sizeof(Element);
+    for (size_t first = 0; first < elements.size(); first += most) {
+        const size_t count = std::min(elements.size() - first, most);
+        if (!file.Write(elements.data() + first, static_cast<uint32_t>(count * sizeof(Element)))) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Four bytes of zero for each vertex.

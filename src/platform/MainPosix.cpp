@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <span>
 
 // Standard streams that the caller closed are opened on nothing. Otherwise the next file opened would
 // take the place of standard output and get its lines.
@@ -15,15 +16,22 @@ static void FillStandardStreams() {
     }
 }
 
+static std::span<char*> commandLine;
+
+std::vector<std::u16string> CommandLine() {
+    std::vector<std::u16string> arguments;
+    for (size_t i = 1; i < commandLine.size(); ++i) {
+        arguments.push_back(Utf16FromUtf8(commandLine[i]));
+    }
+    return arguments;
+}
+
 int main(int argc, char** argv) {
+    commandLine = {argv, static_cast<size_t>(argc)};
     FillStandardStreams();
     // A reader of standard output that goes away must not end a run: the write then just fails.
     std::signal(SIGPIPE, SIG_IGN);
     // Nor must a limit on the size of files: it counts as a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
-    std::vector<std::u16string> arguments;
-    for (int i = 1; i < argc; ++i) {
-        arguments.push_back(Utf16FromUtf8(argv[i]));
-    }
-    return Main(arguments);
+    return Main();
 }

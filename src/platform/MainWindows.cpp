@@ -1,11 +1,21 @@
 // wmain on Windows: the arguments come as UTF-16.
 #include "platform/Main.h"
 
-extern "C" int wmain(int argc, wchar_t** argv) {
+#include <span>
+#include <string_view>
+
+static std::span<wchar_t*> commandLine;
+
+std::vector<std::u16string> CommandLine() {
     std::vector<std::u16string> arguments;
-    for (int i = 1; i < argc; ++i) {
-        const std::wstring wide = argv[i];
+    for (size_t i = 1; i < commandLine.size(); ++i) {
+        const std::wstring_view wide = commandLine[i];
         arguments.emplace_back(wide.begin(), wide.end());
     }
-    return Main(arguments);
+    return arguments;
+}
+
+extern "C" int wmain(int argc, wchar_t** argv) {
+    commandLine = {argv, static_cast<size_t>(argc)};
+    return Main();
 }

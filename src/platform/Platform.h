@@ -13,17 +13,19 @@
 // File attributes as FileAttributes gives them: all bits set for a path that can't be examined.
 constexpr uint32_t InvalidAttributes = 0xFFFFFFFF;
 constexpr uint32_t DirectoryAttribute = 0x10;
+constexpr uint32_t DeviceAttribute = 0x40;
 
 // Opens a file without any translation of bytes: for writing, new or cut to nothing, or for reading.
 // Gives null on failure. The caller closes the stream.
 std::FILE* OpenForWriting(const std::u16string& path);
 std::FILE* OpenForReading(const std::u16string& path);
 
-// DirectoryAttribute for a directory, 0 for anything else that exists, or InvalidAttributes.
+// DirectoryAttribute for a directory, DeviceAttribute for a device, a pipe or a socket, neither for a
+// file, or InvalidAttributes.
 uint32_t FileAttributes(const std::u16string& path);
 
-// Whether two paths name one file: through links and other spellings if the file exists, else by its
-// directory and its name.
+// Whether two paths name one file, through links and in other spellings, also a file that doesn't exist
+// yet.
 bool NameOneFile(const std::u16string& a, const std::u16string& b);
 
 // Creates one directory; a path with closing separators is accepted. Gives false on failure, also where

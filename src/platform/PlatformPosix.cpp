@@ -7,6 +7,8 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr char32_t ReplacementCharacter = 0xFFFD;
 
 bool IsHighSurrogate(char16_t unit) {
@@ -62,6 +64,16 @@ constexpr std::array<char16_t, 32> Windows1252Upper = {
     0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
+// Where a path leads whose last component may be a link, also to what doesn't exist yet.
+fs::path LinkTarget(fs::path path) {
+    constexpr int mostLinks = 40; // the system's own limit
+    std::error_code error;
+    for (int i = 0; i < mostLinks && fs::is_symlink(path, error); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path;
+}
+
 char Windows1252FromUnit(char16_t unit) {
     if (unit < 0x80 || (unit >= 0xA0 && unit <= 0xFF)) {
         return static_cast<char>(unit);
@@ -89,13 +101,15 @@ uint32_t FileAttributes(const std::u16string& path) {
     if (stat(SystemPath(path).c_str(), &status) != 0) {
         return InvalidAttributes;
     }
-    return S_ISDIR(status.st_mode) ? DirectoryAttribute : 0;
+    if (S_ISDIR(status.st_mode)) {
+        return DirectoryAttribute;
+    }
+    return S_ISREG(status.st_mode) ? 0 : DeviceAttribute;
 }
 
 bool NameOneFile(const std::u16string& a, const std::u16string& b) {
-    namespace fs = std::filesystem;
-    const fs::path first = SystemPath(a);
-    const fs::path second = SystemPath(b);
+    const fs::path first = LinkTarget(SystemPath(a));
+    const fs::path second = LinkTarget(SystemPath(b));
     std::error_code error;
     return fs::equivalent(first, second, error) ||
            (first.filename() == second.filename() &&

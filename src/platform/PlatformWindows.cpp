@@ -45,9 +45,10 @@ uint32_t FileAttributes(const std::u16string& path) {
 
 bool NameOneFile(const std::u16string& a, const std::u16string& b) {
     namespace fs = std::filesystem;
-    const fs::path first = Wide(a);
-    const fs::path second = Wide(b);
+    // As absolute paths they are without the dots and spaces at the end that the system drops.
     std::error_code error;
+    const fs::path first = fs::absolute(Wide(a), error);
+    const fs::path second = fs::absolute(Wide(b), error);
     return fs::equivalent(first, second, error) ||
            (CompareStringOrdinal(first.filename().c_str(), -1, second.filename().c_str(), -1, TRUE) ==
                 CSTR_EQUAL &&

@@ -1,7 +1,17 @@
 // Filling pools, and counting in the scene tree.
 #include "scene/SceneNode.h"
 
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+
+// Vertices of a pool, and all counts that come of it, are 32-bit signed numbers.
+constexpr size_t MaxPoolVertices = std::numeric_limits<int32_t>::max();
+
 Vertex* AppendTriangles(VertexPool& pool, size_t count) {
+    if (count > (MaxPoolVertices - pool.Vertices.size()) / 3) {
+        throw std::length_error("too many triangles of one material in one list");
+    }
     pool.Welded = false;
     const size_t former = pool.Vertices.size();
     pool.Vertices.resize(former + 3 * count);
@@ -21,12 +31,12 @@ void AppendPolygon(VertexPool& pool, std::span<const Vertex> corners) {
 }
 
 int32_t CountTriangles(const SceneNode& node) {
-    int32_t total = 0;
+    int64_t total = 0;
     for (const SceneNode* child : node.Children.Elements) {
         total += CountTriangles(*child);
     }
     for (const SceneMesh* mesh : node.Meshes.Elements) {
-        total += static_cast<int32_t>(mesh->Indices.size()) / 3;
+        total += static_cast<int64_t>(mesh->Indices.size() / 3);
     }
-    return total;
+    return static_cast<int32_t>(std::min<int64_t>(total, std::numeric_limits<int32_t>::max()));
 }

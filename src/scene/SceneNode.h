@@ -78,12 +78,13 @@ struct RootHolder {
     std::unique_ptr<SceneNode> Root;
 };
 
-// Makes room for so many triangles at the end of the pool and gives the first of their vertices.
+// Makes room for so many triangles at the end of the pool and gives the first of their vertices. Throws
+// std::length_error where the pool would have more than 2^31 - 1 vertices.
 Vertex* AppendTriangles(VertexPool& pool, size_t count);
 
 // Appends a convex polygon, its corners in boundary order, as a fan around its first corner. Fewer than
 // three corners append nothing.
 void AppendPolygon(VertexPool& pool, std::span<const Vertex> corners);
 
-// The triangles of a node and of all below it.
+// The triangles of a node and of all below it, 2^31 - 1 at most.
 int32_t CountTriangles(const SceneNode& node);

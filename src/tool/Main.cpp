@@ -52,14 +52,15 @@ static int Run(const std::vector<std::u16string>& arguments) {
     return StatusOk;
 }
 
-int Main(const std::vector<std::u16string>& arguments) {
-    if (arguments.size() != 4) {
-        PrintToStandardOutput(MessageUsage);
-        return ExitWrongArguments;
-    }
+int Main() {
     // What the standard library throws where memory, or a size that it can have, comes to an end.
     try {
-        return Run(arguments);
+        const std::vector<std::u16string> arguments = CommandLine();
+        if (arguments.size() == 4) {
+            return Run(arguments);
+        }
+        PrintToStandardOutput(MessageUsage);
+        return ExitWrongArguments;
     } catch (const std::bad_alloc&) {
         std::fputs(MessageOutOfMemory, stderr);
     } catch (const std::length_error&) {
