@@ -20,9 +20,12 @@ std::u16string Folded(std::u16string name) {
 
 void KeepName(ImportedPictures& pictures, const std::u16string& wanted) {
     const std::u16string base = wanted.empty() ? u"picture" : wanted.substr(0, LongestName);
+    constexpr uint32_t second = 2;
+    const auto [same, isFirst] = pictures.NextNumbers.emplace(Folded(base), second);
     std::u16string name = base;
-    for (uint32_t number = 2; !pictures.FoldedNames.insert(Folded(name)).second; ++number) {
-        name = base + u"~" + Utf16FromUtf8(std::to_string(number));
+    for (bool isNew = isFirst; !isNew;) {
+        name = base + u"~" + Utf16FromUtf8(std::to_string(same->second++));
+        isNew = pictures.NextNumbers.emplace(Folded(name), second).second;
     }
     pictures.Names.push_back(name);
 }

@@ -5,7 +5,6 @@
 #include "provider/Model.h"
 
 #include <map>
-#include <set>
 #include <span>
 #include <string>
 
@@ -13,7 +12,8 @@ struct ImportedPictures {
     std::u16string Directory;                 // of the model file, with its closing separator
     std::map<std::u16string, uint32_t> Found; // pictures by what they were asked for
     std::vector<std::u16string> Names;        // of each picture of the model
-    std::set<std::u16string> FoldedNames;     // the same in lower case
+    // The same in lower case, each with the next number to stand behind it.
+    std::map<std::u16string, uint32_t> NextNumbers;
 };
 
 // A picture file beside the model: where its name says, or, failing that, directly in the model's
