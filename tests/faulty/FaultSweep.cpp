@@ -2,7 +2,8 @@
 //
 //   fault-sweep PROGRAMS calls EACH DOCUMENT...    each kind of fault at every call of every operation:
 //               the first EACH calls, then as many again in equal strides; and each request for memory
-//   fault-sweep PROGRAMS random RUNS FIRST DOCUMENT...   many faults at random, in front of the documents
+//   fault-sweep PROGRAMS random RUNS FIRST DOCUMENT...   many faults at random, in front of the
+//   documents
 //               and of the scripted library with models made up at random
 //   fault-sweep PROGRAMS machine STEPS DOCUMENT...  files cut at a limit, signals, closed streams
 //
@@ -79,6 +80,7 @@ struct Counters {
 };
 
 fs::path programs;
+std::map<std::string, std::string> wholeScenes; // of documents, by undisturbed runs
 Counters* counters = nullptr;
 volatile pid_t running = 0; // for the alarm
 
@@ -253,10 +255,16 @@ std::string Check(const Job& job, const Place& place, const Outcome& outcome) {
     const std::string logBytes = fs::exists(place.Log) ? ReadBytes(place.Log) : "";
     StoredScene stored;
     const auto fault = ReadStoredSceneFile(place.Scene.u16string(), stored);
+    const std::string whole = job.What == Trouble::None ? "" : wholeScenes.at(job.Document);
     if (job.What == Trouble::Signal && outcome.Code >= SignalBase) {
-        return scene == EarlierScene || !fault || fault->Offset == scene.size()
-                   ? ""
-                   : "a scene of other bytes";
+        const bool isCutOff = whole.starts_with(scene) && fault.has_value();
+        return scene == EarlierScene || scene == whole || isCutOff ? "" : "a scene of other bytes";
+    }
+    if (job.What != Trouble::None && outcome.Code == 0 && scene != whole) {
+        return "another scene than without the trouble";
+    }
+    if ((job.What == Trouble::ClosedOutput || job.What == Trouble::BrokenPipe) && outcome.Code != 0) {
+        return "output that nobody reads ends the run with " + std::to_string(outcome.Code);
     }
     const bool ownMemory = job.Fault.starts_with("new ");
     const std::set<int> codes = job.What == Trouble::FileLimit ? std::set{0, 11, 12}
@@ -393,6 +401,7 @@ std::vector<Job> MachineJobs(const std::vector<std::string>& documents, uint64_t
         gettimeofday(&end, nullptr);
         const auto took = uint64_t((end.tv_sec - start.tv_sec) * 1000000 + end.tv_usec - start.tv_usec);
         const uint64_t size = fs::file_size(place.Scene);
+        wholeScenes[document] = ReadBytes(place.Scene);
         for (uint64_t step = 0; step < steps; ++step) {
             jobs.push_back(
                 {.Document = document, .What = Trouble::Signal, .Value = took * step / steps});
@@ -436,8 +445,8 @@ int main(int argc, char** argv) {
     const std::string mode = arguments.size() > 3 ? arguments[1] : "";
     const size_t options = mode == "random" ? 4 : 3;
     if ((mode != "calls" && mode != "random" && mode != "machine") || arguments.size() <= options) {
-        std::fprintf(stderr,
-                     "fault-sweep PROGRAMS calls EACH | random RUNS FIRST | machine STEPS DOCUMENT...\n");
+        std::fprintf(
+            stderr, "fault-sweep PROGRAMS calls EACH | random RUNS FIRST | machine STEPS DOCUMENT...\n");
         return 2;
     }
     programs = fs::absolute(arguments[0]);
