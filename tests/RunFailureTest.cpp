@@ -21,7 +21,7 @@ Json Reference() {
     onLayer["layer"] = hidden;
     Json script;
     script["materials"] =
-        List({{{"name", "brick"}, {"texture", {{"file", "brick.jpg"}}}},
+        List({{{"name", "brick"}, {"texture", {{"file", "brick.jpg"}, {"sScale", 2}}}},
               {{"name", "red"}},
               {{"name", "glass"}, {"color", {1, 2, 3, 4}}, {"useOpacity", true}, {"opacity", 0.5}}});
     script["materialList"] = {0, nullptr, 1, 1, 2};
@@ -50,6 +50,8 @@ const std::string Whole = Root + Groups + Instances;
 
 constexpr uint64_t TooMany = uint64_t(1) << 31;
 constexpr uint64_t FarTooMany = uint64_t(1) << 63;
+constexpr uint64_t AsGoodAsNone = uint64_t(1) << 32; // if cut to 32 bits
+constexpr uint64_t MostOfAll = ~uint64_t(0);
 
 using Kinds = std::vector<const char*>;
 const Kinds Any = {"fail", "fail late", "silent"};
@@ -73,24 +75,36 @@ const Row Rows[] = {
      1,
      Any,
      {{"/materialList", Json::array()}},
-     {0, 6, TooMany, FarTooMany}},
+     {0, 6, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUModelGetAllMaterials", 1, Any, {{"/materialList", Json::array()}}, {0, 4, 6}},
     {"SUModelRelease", 1, Any, {}, {}},
 
-    {"SUEntitiesGetNumFaces", 1, Any, {{"/entities/faces", Nothing}}, {0, TooMany, FarTooMany}},
+    {"SUEntitiesGetNumFaces",
+     1,
+     Any,
+     {{"/entities/faces", Nothing}},
+     {0, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUEntitiesGetNumFaces", 1, {}, {}, {5}}, // One null handle more.
     {"SUEntitiesGetFaces", 1, Any, {{"/entities/faces", Nothing}}, {}},
     {"SUEntitiesGetFaces", 1, {}, {}, {0, 1, 99}}, // The returned count doesn't matter here.
-    {"SUEntitiesGetNumGroups", 1, Any, {{"/entities/groups", Nothing}}, {0, 5, TooMany, FarTooMany}},
+    {"SUEntitiesGetNumGroups",
+     1,
+     Any,
+     {{"/entities/groups", Nothing}},
+     {0, 5, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUEntitiesGetGroups", 1, Any, {{"/entities/groups", Nothing}}, {0, 3, 5}},
     // The lists of the two groups are asked first.
     {"SUEntitiesGetNumInstances",
      3,
      Any,
      {{"/entities/instances", Nothing}},
-     {0, 5, TooMany, FarTooMany}},
+     {0, 5, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUEntitiesGetInstances", 1, Any, {{"/entities/instances", Nothing}}, {0, 3, 5}},
-    {"SUEntitiesGetNumImages", 1, Any, {{"/entities/images", Nothing}}, {0, 5, TooMany, FarTooMany}},
+    {"SUEntitiesGetNumImages",
+     1,
+     Any,
+     {{"/entities/images", Nothing}},
+     {0, 5, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUEntitiesGetImages", 1, Any, {{"/entities/images", Nothing}}, {0, 3, 5}},
 
     {"SUFaceGetFrontMaterial", 1, AnyOrNull, {{"/entities/faces/0/front", Nothing}}, {}},
@@ -111,7 +125,7 @@ const Row Rows[] = {
     {"SUMaterialGetTexture", AllCalls, Failing, {{"/materials/0/texture", Nothing}}, {}},
     {"SUMaterialGetTexture", 1, {"silent", "null"}, {}, {}}, // Textured, the file name unknown.
     {"SUTextureGetFileName", 1, Any, {}, {}},
-    {"SUTextureGetDimensions", AllCalls, Any, {}, {}},
+    {"SUTextureGetDimensions", AllCalls, Any, {{"/materials/0/texture/sScale", 1}}, {}},
 
     {"SUImageGetFileName", 1, Any, {{"/entities/images/0/file", ""}}, {}},
     // The list ends with the image whose transformation fails.
@@ -160,7 +174,7 @@ const Row Rows[] = {
 // What loses the front of the first face, which no document can say.
 const Row FrontRows[] = {
     {"SUMeshHelperGetNumTriangles", 1, Any, {}, {0, TooMany, TooMany / 3 + 1, FarTooMany}},
-    {"SUMeshHelperGetNumVertices", 1, Any, {}, {0, 2, TooMany, FarTooMany}},
+    {"SUMeshHelperGetNumVertices", 1, Any, {}, {0, 2, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUMeshHelperGetVertices", 1, Any, {}, {2, 4}},
     {"SUMeshHelperGetNormals", 1, Any, {}, {2, 4}},
     {"SUMeshHelperGetVertexIndices", 1, Any, {}, {0, 2, 4}},

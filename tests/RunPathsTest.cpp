@@ -27,6 +27,14 @@ std::u16string PathOfLength(size_t length, const std::u16string& last, char16_t 
     return path + last;
 }
 
+// Directories whose names are longer in UTF-8, where the library's limit is met, than in UTF-16.
+const std::u16string WidePrefixes[] = {u"", std::u16string(50, u'ü') + u"\\",
+                                       u"\U0001F600\U0001F600\U0001F600\\"};
+
+size_t Utf8Size(const std::u16string& text) {
+    return Utf8FromUtf16(text).size();
+}
+
 fs::path FileAt(const ScriptedRun& run, std::u16string path) {
     for (char16_t& unit : path)
         unit = unit == u'\\' ? u'/' : unit;
@@ -152,15 +160,11 @@ TEST(RunPaths, TheTexturePrefixOfAnEmptyLastComponentIsAnUnderscore) {
 }
 
 TEST(RunPaths, ASourceAboveTheLimitIsNotOpened) {
-    for (const bool wide : {false, true})
+    for (const std::u16string& prefix : WidePrefixes)
         for (const size_t beyond : {0u, 1u}) {
             ScriptedRun run;
-            // In the wide case the limit is met in UTF-8: 50 units of two bytes, then one byte each.
-            const std::u16string last = u"house.skp";
             const std::u16string source =
-                wide ? PathOfLength(51, u"", u'ü') + PathOfLength(PathLimit - 101 + beyond, last)
-                     : PathOfLength(PathLimit + beyond, last);
-            ASSERT_EQ(Utf8FromUtf16(source).size(), PathLimit + beyond);
+                prefix + PathOfLength(PathLimit - Utf8Size(prefix) + beyond, u"house.skp");
             Place(run, source, u"out\\house.bin", u"run.log");
             RunScript(run, Textured());
             if (beyond == 0)
@@ -176,16 +180,14 @@ TEST(RunPaths, ASourceAboveTheLimitIsNotOpened) {
 }
 
 TEST(RunPaths, APicturePathAboveTheLimitIsNotWritten) {
-    for (const bool wide : {false, true})
+    for (const std::u16string& prefix : WidePrefixes)
         for (const size_t beyond : {0u, 1u}) {
-            // The picture's path is 12 units longer than the directory and the base name.
-            const size_t length = PathLimit - 12 + beyond + 3 - (wide ? 50 : 0);
+            // The picture's path is 9 units longer than that of the scene file.
             const std::u16string destination =
-                wide ? PathOfLength(51, u"", u'ü') + PathOfLength(length - 51, u"h.bin")
-                     : PathOfLength(length, u"h.bin");
+                prefix + PathOfLength(PathLimit - Utf8Size(prefix) + beyond - 9, u"h.bin");
             const std::u16string picture =
                 destination.substr(0, destination.size() - 4) + u"_Texture1.png";
-            ASSERT_EQ(Utf8FromUtf16(picture).size(), PathLimit + beyond);
+            ASSERT_EQ(Utf8Size(picture), PathLimit + beyond);
             ScriptedRun run;
             Place(run, u"house.skp", destination, u"run.log");
             RunScript(run, Textured());
