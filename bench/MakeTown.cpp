@@ -1,7 +1,9 @@
-// Writes the town as binary glTF with the given number of triangles: blocks of houses as nodes, each
-// with a mesh of one primitive per material. Every quad has four vertices of its own. Where the scene
-// goes on, blocks repeat: the last fifth of the nodes show the mesh of the first block again.
+// Writes the town as binary glTF with the given number of triangles: a town of districts of blocks of
+// houses, each block with a mesh of one primitive per material. Every quad has four vertices of its own.
+// Where the scene goes on, blocks repeat: the last fifth of them show the mesh of the first block again.
+// Each fifth material has a picture, a PNG file within.
 #include "City.h"
+#include "provider/Picture.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,6 +15,9 @@
 namespace {
 
 constexpr uint64_t QuadsPerBlock = 15'200; // fifty houses
+constexpr size_t BlocksPerDistrict = 8;
+constexpr uint32_t TexturedEvery = 5;
+constexpr uint32_t PictureSide = 64; // pixels
 constexpr uint32_t GlbMagic = 0x46546C67;
 constexpr uint32_t JsonChunk = 0x4E4F534A;
 constexpr uint32_t BinaryChunk = 0x004E4942;
@@ -61,6 +66,7 @@ void Separate(std::string& list) {
     }
 }
 
+// Strides and targets of 0 are left out.
 template <class Element>
 void AddView(Town& town, const std::vector<Element>& elements, int stride, int target) {
     const size_t offset = town.Binary.size();
@@ -70,7 +76,7 @@ void AddView(Town& town, const std::vector<Element>& elements, int stride, int t
     town.Views += R"({"buffer":0,"byteOffset":)" + std::to_string(offset) + R"(,"byteLength":)" +
                   std::to_string(town.Binary.size() - offset) +
                   (stride != 0 ? R"(,"byteStride":)" + std::to_string(stride) : std::string()) +
-                  R"(,"target":)" + std::to_string(target) + "}";
+                  (target != 0 ? R"(,"target":)" + std::to_string(target) : std::string()) + "}";
     ++town.ViewCount;
 }
 
@@ -123,12 +129,50 @@ std::string MaterialList() {
     std::string list;
     for (uint32_t i = 0; i < MaterialCount; ++i) {
         Separate(list);
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      R"({"name":"m%u","pbrMetallicRoughness":{"baseColorFactor":[%.3f,%.3f,%.3f,1]}})",
-                      i, Scatter(i, 5) % 100 * 0.01, Scatter(i, 6) % 100 * 0.01,
-                      Scatter(i, 7) % 100 * 0.01);
+        const std::string picture = i % TexturedEvery != 0 ? ""
+                                                           : R"(,"baseColorTexture":{"index":)" +
+                                                                 std::to_string(i / TexturedEvery) + "}";
+        char text[200];
+        std::snprintf(
+            text, sizeof text,
+            R"({"name":"m%u","pbrMetallicRoughness":{"baseColorFactor":[%.3f,%.3f,%.3f,1]%s}})", i,
+            Scatter(i, 5) % 100 * 0.01, Scatter(i, 6) % 100 * 0.01, Scatter(i, 7) % 100 * 0.01,
+            picture.c_str());
         list += text;
+    }
+    return list;
+}
+
+// The pictures of the textured materials: bricks of shades without a pattern. To be added last, since
+// their sizes are no multiples of four.
+std::string ImageList(Town& town) {
+    constexpr uint32_t brick = 8; // pixels
+    std::string list;
+    for (uint32_t i = 0; i < MaterialCount; i += TexturedEvery) {
+        std::vector<uint8_t> texels;
+        for (uint32_t pixel = 0; pixel < PictureSide * PictureSide; ++pixel) {
+            const uint32_t x = pixel % PictureSide / brick;
+            const uint32_t y = pixel / PictureSide / brick;
+            const auto shade = static_cast<uint8_t>(128 + Scatter(y * PictureSide + x, 8 + i) % 128);
+            texels.insert(texels.end(), {shade, shade, shade, 255});
+        }
+        ModelPicture picture;
+        std::vector<uint8_t> png;
+        if (!MakePicture(PictureSide, PictureSide, texels, picture) || !EncodePng(picture, png)) {
+            std::abort();
+        }
+        AddView(town, png, 0, 0);
+        Separate(list);
+        list += R"({"mimeType":"image/png","bufferView":)" + std::to_string(town.ViewCount - 1) + "}";
+    }
+    return list;
+}
+
+std::string TextureList() {
+    std::string list;
+    for (uint32_t i = 0; i * TexturedEvery < MaterialCount; ++i) {
+        Separate(list);
+        list += R"({"source":)" + std::to_string(i) + "}";
     }
     return list;
 }
@@ -147,9 +191,17 @@ int main(int argc, char** argv) {
     const uint64_t quadCount = std::strtoull(argv[1], nullptr, 10) / 2;
     Town town;
     std::string nodes;
-    std::string roots;
+    std::string districts; // numbers of nodes, as the next
+    std::string blocks;
     size_t meshCount = 0;
     size_t nodeCount = 0;
+    const auto addDistrict = [&] {
+        nodes += R"(,{"translation":[0,0,1],"children":[)" + blocks + "]}";
+        Separate(districts);
+        districts += std::to_string(nodeCount++);
+        blocks.clear();
+    };
+    size_t blockCount = 0;
     for (uint64_t done = 0; done < quadCount;) {
         const uint64_t count = std::min(QuadsPerBlock, quadCount - done);
         const bool repeats = count == QuadsPerBlock && done >= quadCount / 5 * 4;
@@ -158,21 +210,28 @@ int main(int argc, char** argv) {
             ++meshCount;
         }
         Separate(nodes);
-        Separate(roots);
+        Separate(blocks);
         char text[96];
         std::snprintf(text, sizeof text, R"({"mesh":%zu,"translation":[%s,0,0]})",
                       repeats ? size_t{0} : meshCount - 1,
-                      repeats ? std::to_string(5000 * (nodeCount + 1)).c_str() : "0");
+                      repeats ? std::to_string(5000 * (blockCount + 1)).c_str() : "0");
         nodes += text;
-        roots += std::to_string(nodeCount++);
+        blocks += std::to_string(nodeCount++);
         done += count;
+        if (++blockCount % BlocksPerDistrict == 0 || done >= quadCount) {
+            addDistrict();
+        }
     }
-    std::string json = R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[)" + roots +
-                       R"(]}],"nodes":[)" + nodes + R"(],"meshes":[)" + town.Meshes +
-                       R"(],"materials":[)" + MaterialList() + R"(],"accessors":[)" + town.Accessors +
-                       R"(],"bufferViews":[)" + town.Views + R"(],"buffers":[{"byteLength":)" +
-                       std::to_string(town.Binary.size()) + "}]}";
+    nodes += R"(,{"name":"town","children":[)" + districts + "]}";
+    const std::string images = ImageList(town);
+    std::string json = R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[)" +
+                       std::to_string(nodeCount) + R"(]}],"nodes":[)" + nodes + R"(],"meshes":[)" +
+                       town.Meshes + R"(],"materials":[)" + MaterialList() + R"(],"textures":[)" +
+                       TextureList() + R"(],"images":[)" + images + R"(],"accessors":[)" +
+                       town.Accessors + R"(],"bufferViews":[)" + town.Views +
+                       R"(],"buffers":[{"byteLength":)" + std::to_string(town.Binary.size()) + "}]}";
     json.resize((json.size() + 3) / 4 * 4, ' ');
+    town.Binary.resize((town.Binary.size() + 3) / 4 * 4);
     const auto jsonSize = static_cast<uint32_t>(json.size());
     const auto binarySize = static_cast<uint32_t>(town.Binary.size());
     const uint32_t header[5] = {GlbMagic, 2, 28 + jsonSize + binarySize, jsonSize, JsonChunk};
