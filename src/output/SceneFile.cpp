@@ -29,10 +29,10 @@ template <class Element> bool WriteArray(OutputFile& file, const std::vector<Ele
 
 // Four bytes of zero for each vertex.
 bool WriteZeros(OutputFile& file, size_t vertexCount) {
-    static constexpr std::array<uint32_t, 1024> zeros = {};
+    static constexpr std::array<uint32_t, 1024> Zeros = {};
     for (size_t left = vertexCount; left > 0;) {
-        const size_t count = std::min(left, zeros.size());
-        if (!file.Write(zeros.data(), static_cast<uint32_t>(count * sizeof zeros[0]))) {
+        const size_t count = std::min(left, Zeros.size());
+        if (!file.Write(Zeros.data(), static_cast<uint32_t>(count * sizeof Zeros[0]))) {
             return false;
         }
         left -= count;

@@ -76,7 +76,7 @@ struct Place {
 struct Counters {
     std::atomic<uint64_t> Runs;
     std::atomic<uint64_t> Faults;
-    std::array<std::atomic<uint64_t>, 2 * SignalBase> Codes;
+    std::array<std::atomic<uint64_t>, size_t{2} * SignalBase> Codes;
 };
 
 fs::path programs;
@@ -135,6 +135,7 @@ Outcome RunOnce(const Job& job, const Place& place) {
     }
     const auto pointers = [](std::vector<std::string>& from) {
         std::vector<char*> result;
+        result.reserve(from.size() + 1);
         for (std::string& text : from) {
             result.push_back(text.data());
         }
