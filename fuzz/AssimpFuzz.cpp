@@ -73,7 +73,7 @@ aiMaterial* MakeMaterial(FuzzInput& input) {
     material->AddProperty(&opacity, 1, AI_MATKEY_OPACITY);
     text = Text(input);
     material->AddProperty(&text, AI_MATKEY_TEXTURE_DIFFUSE(0));
-    const auto set = static_cast<int>(static_cast<int8_t>(input.Take<uint8_t>()));
+    const int set = input.Take<uint8_t>() - 2; // also sets that there can't be
     material->AddProperty(&set, 1, AI_MATKEY_UVWSRC_DIFFUSE(0));
     return material;
 }

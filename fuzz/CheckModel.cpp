@@ -137,7 +137,7 @@ void CheckModel(Model model) {
 }
 
 const std::u16string& PictureFolder() {
-    static const std::u16string folder = [] {
+    static const std::u16string Folder = [] {
         const std::filesystem::path path =
             std::filesystem::temp_directory_path() / ("orvane-fuzz-" + std::to_string(getpid()));
         std::filesystem::create_directories(path);
@@ -149,11 +149,11 @@ const std::u16string& PictureFolder() {
         file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
         return path.u16string() + u"/";
     }();
-    static const struct Removal {
-        ~Removal() {
+    static const struct FolderRemoval {
+        ~FolderRemoval() {
             std::error_code ignored;
-            std::filesystem::remove_all(folder, ignored);
+            std::filesystem::remove_all(Folder, ignored);
         }
-    } removal;
-    return folder;
+    } Removal;
+    return Folder;
 }

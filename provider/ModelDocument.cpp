@@ -62,14 +62,14 @@ bool ReadPictureSize(DocumentReader& reader, uint32_t widthNode, uint32_t height
 
 // Six hexadecimal digits after a number sign.
 bool ReadHexColor(std::string_view text, std::array<uint8_t, 4>& color) {
-    constexpr std::string_view Digits = "0123456789abcdef";
+    constexpr std::string_view digits = "0123456789abcdef";
     if (text.size() != 7 || text[0] != '#') {
         return false;
     }
     for (size_t i = 0; i < 6; ++i) {
         const char lower =
             text[i + 1] >= 'A' && text[i + 1] <= 'F' ? static_cast<char>(text[i + 1] + 32) : text[i + 1];
-        const size_t digit = Digits.find(lower);
+        const size_t digit = digits.find(lower);
         if (digit == std::string_view::npos) {
             return false;
         }
@@ -100,7 +100,7 @@ bool ReadColor(DocumentReader& reader, uint32_t node, std::array<uint8_t, 4>& co
 
 bool ReadMaterialType(DocumentReader& reader, uint32_t node, ModelMaterial& material) {
     material.Type = material.Picture == NoIndex ? MaterialTypePlain : MaterialTypeTextured;
-    std::string_view type = "";
+    std::string_view type;
     if (node == 0) {
         return true;
     }

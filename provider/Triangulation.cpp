@@ -57,6 +57,7 @@ struct Sweep {
 };
 
 void* PointerOf(size_t index) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): nobody follows it.
     return reinterpret_cast<void*>(static_cast<uintptr_t>(index + 1));
 }
 
