@@ -41,7 +41,8 @@ std::vector<SceneTriangle> TrianglesOf(const StoredScene& scene) {
                 for (size_t k = 0; k < 3; ++k) {
                     corners[k] = mesh.Vertices[mesh.Indices[i + k]];
                 }
-                std::ranges::rotate(corners, std::ranges::min_element(corners, {}, KeyOf));
+                std::rotate(corners.begin(), std::ranges::min_element(corners, {}, KeyOf),
+                            corners.end());
                 triangles.push_back({corners, mesh.Material});
             }
         }

@@ -17,11 +17,11 @@
 // The directory of the running test, with its closing separator. Made at the first call, below one of
 // the process's own: tests of several builds run side by side.
 inline std::u16string ProviderTestDirectory() {
-    static const TempFolder folder;
+    static const TempFolder Folder;
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     std::string name = std::string(test->test_suite_name()) + "." + test->name();
     std::ranges::replace(name, '/', '.');
-    const std::u16string directory = (folder.Path / name).u16string();
+    const std::u16string directory = (Folder.Path / name).u16string();
     CreateOneDirectory(directory);
     return directory + u"/";
 }

@@ -46,13 +46,13 @@ Json Transformed(const Json& transform) {
 }
 
 const StoredMesh& MeshOf(const StoredScene& scene, const std::string& name) {
-    static const StoredMesh none{};
+    static const StoredMesh None{};
     for (const StoredNode& node : scene.Nodes)
         for (const StoredMesh& mesh : node.Meshes)
             if (std::string(mesh.Material.Name.begin(), mesh.Material.Name.end()) == name)
                 return mesh;
     ADD_FAILURE() << "no mesh of " << name;
-    return none;
+    return None;
 }
 
 // The s of Triangle in the order of the corners: the order of its vertices as written.
@@ -363,11 +363,11 @@ TEST(RunScene, ClosedBoxSharesCornersInsideEachSideOfEachFace) {
 }
 
 TEST(RunScene, AMeshEndsAt99999Vertices) {
-    constexpr size_t Triangles = 33334;
+    constexpr size_t triangles = 33334;
     Json face = {{"indices", Json::array()}};
-    for (size_t i = 0; i < 3 * Triangles; ++i) {
+    for (size_t i = 0; i < 3 * triangles; ++i) {
         face["indices"].push_back(i);
-        face["vertices"].push_back({double(i / 3), double(i % 3 % 2), double(i % 3 / 2)});
+        face["vertices"].push_back({i / 3, i % 3 % 2, i % 3 / 2});
     }
     Json script = Faces({face});
     script["faults"] = Faults("SUMeshHelperGetNumTriangles", 2, "fail");

@@ -21,26 +21,26 @@ uint64_t allCalls = 0;
 bool hadFault = false;
 
 void Record(const std::string& line) {
-    static std::FILE* const file = [] {
+    static std::FILE* const File = [] {
         const char* path = std::getenv("ORVANE_SCRIPTED_RECORD");
         return path != nullptr ? OpenForWriting(Utf16FromUtf8(path)) : nullptr;
     }();
-    if (file != nullptr) {
-        std::fputs((line + "\n").c_str(), file);
-        std::fflush(file);
+    if (File != nullptr) {
+        std::fputs((line + "\n").c_str(), File);
+        std::fflush(File);
     }
 }
 
 FaultKind KindFrom(const std::string& name) {
-    static const std::map<std::string, FaultKind> kinds = {
+    static const std::map<std::string, FaultKind> Kinds = {
         {"fail", FaultKind::Fail},     {"fail late", FaultKind::FailLate},
         {"silent", FaultKind::Silent}, {"null", FaultKind::Null},
         {"count", FaultKind::Count},   {"unterminated", FaultKind::Unterminated},
     };
-    const auto found = kinds.find(name);
-    if (found == kinds.end())
+    const auto found = Kinds.find(name);
+    if (found == Kinds.end())
         Violation("unknown kind of fault: " + name);
-    return found == kinds.end() ? FaultKind::None : found->second;
+    return found == Kinds.end() ? FaultKind::None : found->second;
 }
 
 } // namespace

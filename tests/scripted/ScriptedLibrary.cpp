@@ -64,6 +64,7 @@ const Json* Referred(const Json& node, const char* name, const char* list) {
 }
 
 template <class Handle> const Json& NodeOf(Handle handle) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the handle was made from the pointer.
     return *reinterpret_cast<const Json*>(handle.Value);
 }
 
@@ -187,14 +188,14 @@ int32_t Release(const char* operation, Handle* handle, std::map<uint64_t, Made>&
 int32_t GiveTriples(const char* operation, MeshHelperHandle helper, const char* name, uint64_t count,
                     double array[][3], uint64_t* returned) {
     return Answer(operation, helper, [&](const Json& face, Fault fault) {
-        static const Json up = {0, 0, 1};
+        static const Json Up = {0, 0, 1};
         const Json* triples = Member(face, name);
         const Json* plane = name == std::string("normals") ? Member(face, "plane") : nullptr;
         const uint64_t given =
             std::min<uint64_t>(count, Size(triples != nullptr ? triples : Member(face, "vertices")));
         for (size_t i = 0; i < given; ++i)
             for (size_t j = 0; j < 3; ++j) {
-                const Json& triple = triples != nullptr ? (*triples)[i] : plane != nullptr ? *plane : up;
+                const Json& triple = triples != nullptr ? (*triples)[i] : plane != nullptr ? *plane : Up;
                 Check(array[i][j] == 0, "array is not cleared before the call");
                 array[i][j] = Number(triple[j]);
             }
@@ -340,9 +341,9 @@ int32_t SUFaceGetBackMaterial(FaceHandle face, MaterialHandle* material) {
 
 int32_t SUFaceGetPlane(FaceHandle face, double plane[PlaneValues]) {
     return Answer("SUFaceGetPlane", face, [&](const Json& node, Fault) {
-        static const Json ground = {0, 0, 1, 0};
+        static const Json Ground = {0, 0, 1, 0};
         const Json* own = Member(node, "plane");
-        return GiveNumbers(plane, own != nullptr ? own : &ground, PlaneValues, 0);
+        return GiveNumbers(plane, own != nullptr ? own : &Ground, PlaneValues, 0);
     });
 }
 

@@ -44,6 +44,7 @@ void LimitMemory(uint64_t limit) {
     for (const std::u16string& argument : call.Arguments)
         texts.push_back(Utf8FromUtf16(argument));
     std::vector<char*> arguments;
+    arguments.reserve(texts.size() + 1);
     for (std::string& text : texts)
         arguments.push_back(text.data());
     arguments.push_back(nullptr);
