@@ -4,6 +4,8 @@
 #include "inspect/ScenePicture.h"
 #include "inspect/Wording.h"
 
+#include "platform/Platform.h"
+
 #include <algorithm>
 #include <optional>
 
@@ -85,6 +87,20 @@ void TakeOption(Parsing& parsing, const std::u16string& option, Options& options
     }
 }
 
+// An output in the place of another file of the call would destroy it.
+void CheckOutputs(Parsing& parsing, const Options& options) {
+    const auto isOutputOn = [&](const std::u16string& output, const std::u16string& file) {
+        if (!output.empty() && !file.empty() && NameOneFile(output, file)) {
+            parsing.Wrong = Quoted(output) + u" would be written over " + Quoted(file);
+        }
+    };
+    for (const std::u16string& output : {options.GltfFile, options.PictureFile}) {
+        isOutputOn(output, options.File);
+        isOutputOn(output, options.Other);
+    }
+    isOutputOn(options.PictureFile, options.GltfFile);
+}
+
 void CheckTogether(Parsing& parsing, const Options& options) {
     const auto has = [&](const char16_t* option) {
         return std::find(parsing.Seen.begin(), parsing.Seen.end(), option) != parsing.Seen.end();
@@ -95,6 +111,8 @@ void CheckTogether(Parsing& parsing, const Options& options) {
         parsing.Wrong = u"--size goes with --png";
     } else if (has(u"--textures") && !has(u"--png") && !has(u"--glb")) {
         parsing.Wrong = u"--textures goes with --png or --glb";
+    } else {
+        CheckOutputs(parsing, options);
     }
 }
 

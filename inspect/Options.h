@@ -20,7 +20,8 @@ struct Options {
     uint32_t Height = 800;
 };
 
-// Gives an empty text, or what is wrong with the arguments.
+// Gives an empty text, or what is wrong with the arguments. No output may name a file that is read, nor
+// the other output.
 std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Options& options);
 
 // Several lines, each closed by LF.

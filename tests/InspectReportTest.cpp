@@ -236,6 +236,10 @@ TEST(InspectReport, TakesOptionsInAnyOrderAndRefusesTheRest) {
         {u"a", u"--png", u"p", u"--size", u"9"},
         {u"a", u"--png", u"p", u"--size", u"9x"},
         {u"a", u"--png", u"p", u"--size", u"9x9x9"},
+        {u"a", u"--glb", u"./a"},
+        {u"a", u"--png", u"a"},
+        {u"a", u"--diff", u"o", u"--glb", u"o"},
+        {u"a", u"--png", u"x", u"--glb", u".\\x"},
     };
     for (const auto& arguments : wrong) {
         Options unused;
