@@ -1,15 +1,26 @@
 // Edge functions on whole numbers (Juan Pineda, 1988), with the rule of left and upper edges; values
-// over the triangle are planes in screen space, divided by the nearness for perspective.
+// over the triangle are planes in screen space, divided by the nearness for perspective. Tiles that the
+// triangle is behind all over are passed by (Ned Greene and others, 1993, with two levels).
 #include "inspect/Rasteriser.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <optional>
 
 namespace {
 
 // Corners lie on a grid of this many steps per pixel, so that edges are exact.
 constexpr int64_t Steps = 256;
 constexpr int64_t HalfPixel = Steps / 2;
+
+// The part of what is behind a pixel's clear surfaces that isn't worth drawing: a quarter of a byte's
+// step.
+constexpr float LeastThrough = 1.0F / 1024;
+
+int64_t TilesAlong(int64_t pixels) {
+    return (pixels + TileSide - 1) / TileSide;
+}
 
 struct GridPoint {
     int64_t X;
@@ -85,8 +96,8 @@ double TexelsPerPixel(const Planes& planes, const Mipmaps& picture, double u, do
                               squared(planes.U.StepY, planes.V.StepY, planes.Nearness.StepY)));
 }
 
-void DrawPixel(const Planes& planes, const Surface& surface, double column, double row, double nearness,
-               std::array<float, 3>& pixel) {
+Colour ColourAt(const Planes& planes, const Surface& surface, double column, double row,
+                double nearness) {
     Colour colour = surface.Base;
     if (surface.Picture != nullptr) {
         const double u = ValueAt(planes.U, column, row) / nearness;
@@ -97,6 +108,12 @@ void DrawPixel(const Planes& planes, const Surface& surface, double column, doub
             colour[channel] *= sample[channel];
         }
     }
+    return colour;
+}
+
+void DrawPixel(const Planes& planes, const Surface& surface, double column, double row, double nearness,
+               std::array<float, 3>& pixel) {
+    const Colour colour = ColourAt(planes, surface, column, row, nearness);
     const auto light = static_cast<float>(ValueAt(planes.Light, column, row) / nearness);
     const float alpha = surface.IsBlended ? colour[3] : 1.0F;
     for (size_t channel = 0; channel < 3; ++channel) {
@@ -109,26 +126,31 @@ int64_t FirstPixel(int64_t place) {
     return (place + HalfPixel - 1) / Steps;
 }
 
-} // namespace
+// A triangle made ready: the part of its box within the canvas, in pixels, and what is needed from its
+// upper left pixel on.
+struct Triangle {
+    int64_t Left, Top, Right, Bottom;
+    std::array<Edge, 3> Edges;
+    Planes Values;
+};
 
-void DrawTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corners, const Surface& surface) {
+// Nothing if it isn't seen.
+std::optional<Triangle> MakeTriangle(const Canvas& canvas, const std::array<ScreenCorner, 3>& corners) {
     const GridPoint a = ToGrid(corners[0]);
     const GridPoint b = ToGrid(corners[1]);
     const GridPoint c = ToGrid(corners[2]);
     const int64_t area = (b.X - a.X) * (c.Y - a.Y) - (b.Y - a.Y) * (c.X - a.X);
     if (area <= 0) {
-        return;
+        return std::nullopt;
     }
     const int64_t left = std::max<int64_t>(FirstPixel(std::min({a.X, b.X, c.X})), 0);
     const int64_t top = std::max<int64_t>(FirstPixel(std::min({a.Y, b.Y, c.Y})), 0);
     const int64_t right = std::min<int64_t>(FirstPixel(std::max({a.X, b.X, c.X}) + 1), canvas.Width);
     const int64_t bottom = std::min<int64_t>(FirstPixel(std::max({a.Y, b.Y, c.Y}) + 1), canvas.Height);
     if (left >= right || top >= bottom) {
-        return;
+        return std::nullopt;
     }
     const GridPoint start = {left * Steps + HalfPixel, top * Steps + HalfPixel};
-    std::array<Edge, 3> edges = {MakeEdge(a, b, start), MakeEdge(b, c, start), MakeEdge(c, a, start)};
-
     const auto pixels = [](int64_t from, int64_t to) {
         return static_cast<double>(to - from) / static_cast<double>(Steps);
     };
@@ -140,33 +162,171 @@ void DrawTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corners, co
                        pixels(a.X, start.X),
                        pixels(a.Y, start.Y)};
     const auto& [p, q, r] = corners;
-    const Planes planes = {
-        MakePlane(base, p.Nearness, q.Nearness, r.Nearness),
-        MakePlane(base, p.U * p.Nearness, q.U * q.Nearness, r.U * r.Nearness),
-        MakePlane(base, p.V * p.Nearness, q.V * q.Nearness, r.V * r.Nearness),
-        MakePlane(base, p.Light * p.Nearness, q.Light * q.Nearness, r.Light * r.Nearness)};
+    return Triangle{left,
+                    top,
+                    right,
+                    bottom,
+                    {MakeEdge(a, b, start), MakeEdge(b, c, start), MakeEdge(c, a, start)},
+                    {MakePlane(base, p.Nearness, q.Nearness, r.Nearness),
+                     MakePlane(base, p.U * p.Nearness, q.U * q.Nearness, r.U * r.Nearness),
+                     MakePlane(base, p.V * p.Nearness, q.V * q.Nearness, r.V * r.Nearness),
+                     MakePlane(base, p.Light * p.Nearness, q.Light * q.Nearness, r.Light * r.Nearness)}};
+}
 
-    for (int64_t y = top; y < bottom; ++y) {
-        const auto row = static_cast<double>(y - top);
-        std::array<int64_t, 3> values = {edges[0].Value, edges[1].Value, edges[2].Value};
-        for (int64_t x = left; x < right; ++x) {
-            if (values[0] >= 0 && values[1] >= 0 && values[2] >= 0) {
-                const auto column = static_cast<double>(x - left);
-                const double nearness = ValueAt(planes.Nearness, column, row);
-                const auto place = static_cast<size_t>(y) * canvas.Width + static_cast<size_t>(x);
-                if (static_cast<float>(nearness) > canvas.Nearness[place]) {
-                    DrawPixel(planes, surface, column, row, nearness, canvas.Colours[place]);
-                    if (!surface.IsBlended) {
-                        canvas.Nearness[place] = static_cast<float>(nearness);
+// Columns, the last one left out.
+struct Span {
+    int64_t First;
+    int64_t End;
+};
+
+// The pixels of a row, out of the first ones up to the width, that are on the inner side of all edges.
+Span PixelsOfRow(const std::array<Edge, 3>& edges, int64_t width) {
+    Span span = {0, width};
+    for (const Edge& edge : edges) {
+        if (edge.StepX > 0 && edge.Value < 0) {
+            span.First = std::max(span.First, (edge.StepX - 1 - edge.Value) / edge.StepX);
+        } else if (edge.Value < 0) {
+            span.End = 0;
+        } else if (edge.Value + edge.StepX * (width - 1) < 0) {
+            span.End = std::min(span.End, edge.Value / -edge.StepX + 1);
+        }
+    }
+    return span;
+}
+
+// The most that the plane reaches in these columns and rows.
+double MostWithin(const Plane& plane, Span columns, Span rows) {
+    return ValueAt(plane, static_cast<double>(plane.StepX > 0 ? columns.End - 1 : columns.First),
+                   static_cast<double>(plane.StepY > 0 ? rows.End - 1 : rows.First));
+}
+
+// Counts what a triangle did in a tile, and looks anew for its farthest pixel when as many have been
+// looked at since the last time as that costs.
+void CountLooks(Canvas& canvas, Tile& tile, int64_t column, int64_t row, uint32_t looks, bool changed) {
+    tile.Looks += looks;
+    tile.HasChanged = tile.HasChanged || changed;
+    if (!tile.HasChanged || tile.Looks < TileSide * TileSide) {
+        return;
+    }
+    const int64_t right = std::min<int64_t>(column + TileSide, canvas.Width);
+    const int64_t bottom = std::min<int64_t>(row + TileSide, canvas.Height);
+    float farthest = std::numeric_limits<float>::infinity();
+    for (int64_t y = row; y < bottom; ++y) {
+        for (int64_t x = column; x < right; ++x) {
+            const auto place = static_cast<size_t>(y) * canvas.Width + static_cast<size_t>(x);
+            farthest = std::min(farthest, canvas.Nearness[place]);
+        }
+    }
+    tile = {farthest, 0, false};
+}
+
+// Calls use(place, column, row, nearness) for each pixel of the triangle that is nearer than what is
+// there. It tells whether it has changed the canvas's nearness.
+template <typename Use> void ForEachNearer(Canvas& canvas, const Triangle& triangle, Use use) {
+    std::array<Edge, 3> edges = triangle.Edges;
+    std::array<Span, TileSide> spans;
+    for (int64_t top = triangle.Top; top < triangle.Bottom;) {
+        // The rows of one row of tiles.
+        const int64_t bottom = std::min(triangle.Bottom, (top / TileSide + 1) * TileSide);
+        Span all = {triangle.Right - triangle.Left, 0};
+        for (int64_t y = top; y < bottom; ++y) {
+            const Span span = PixelsOfRow(edges, triangle.Right - triangle.Left);
+            spans[static_cast<size_t>(y - top)] = span;
+            if (span.First < span.End) {
+                all = {std::min(all.First, span.First), std::max(all.End, span.End)};
+            }
+            for (Edge& edge : edges) {
+                edge.Value += edge.StepY;
+            }
+        }
+        const Span rows = {top - triangle.Top, bottom - triangle.Top};
+        for (int64_t first = all.First; first < all.End;) {
+            // The columns of one tile, from the triangle's first one and from the canvas's.
+            const int64_t tileColumn = (triangle.Left + first) / TileSide;
+            const Span columns = {first, std::min(all.End, (tileColumn + 1) * TileSide - triangle.Left)};
+            first = columns.End;
+            Tile& tile =
+                canvas
+                    .Tiles[static_cast<size_t>(top / TileSide * TilesAlong(canvas.Width) + tileColumn)];
+            const double most = MostWithin(triangle.Values.Nearness, columns, rows);
+            if (static_cast<float>(most) <= tile.Farthest) {
+                continue;
+            }
+            uint32_t looks = 0;
+            bool changed = false;
+            for (int64_t y = rows.First; y < rows.End; ++y) {
+                const Span span = spans[static_cast<size_t>(y - rows.First)];
+                const int64_t end = std::min(span.End, columns.End);
+                const auto row = static_cast<double>(y);
+                for (int64_t x = std::max(span.First, columns.First); x < end; ++x, ++looks) {
+                    const auto column = static_cast<double>(x);
+                    const double nearness = ValueAt(triangle.Values.Nearness, column, row);
+                    const auto place = static_cast<size_t>(triangle.Top + y) * canvas.Width +
+                                       static_cast<size_t>(triangle.Left + x);
+                    if (static_cast<float>(nearness) > canvas.Nearness[place]) {
+                        changed = use(place, column, row, nearness) || changed;
                     }
                 }
             }
-            for (size_t edge = 0; edge < 3; ++edge) {
-                values[edge] += edges[edge].StepX;
-            }
+            CountLooks(canvas, tile, tileColumn * TileSide, top / TileSide * TileSide, looks, changed);
         }
-        for (Edge& edge : edges) {
-            edge.Value += edge.StepY;
-        }
+        top = bottom;
     }
+}
+
+} // namespace
+
+Canvas BlackCanvas(uint32_t width, uint32_t height) {
+    Canvas canvas;
+    canvas.Width = width;
+    canvas.Height = height;
+    canvas.Colours.assign(size_t{width} * height, {0, 0, 0});
+    canvas.Nearness.assign(size_t{width} * height, 0);
+    canvas.Tiles.resize(static_cast<size_t>(TilesAlong(width) * TilesAlong(height)));
+    return canvas;
+}
+
+void DrawTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corners, const Surface& surface) {
+    const auto triangle = MakeTriangle(canvas, corners);
+    if (!triangle) {
+        return;
+    }
+    ForEachNearer(canvas, *triangle, [&](size_t place, double column, double row, double nearness) {
+        DrawPixel(triangle->Values, surface, column, row, nearness, canvas.Colours[place]);
+        if (!surface.IsBlended) {
+            canvas.Nearness[place] = static_cast<float>(nearness);
+        }
+        return !surface.IsBlended;
+    });
+}
+
+void HideBehindTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corners,
+                        const Surface& surface) {
+    const auto triangle = MakeTriangle(canvas, corners);
+    if (!triangle) {
+        return;
+    }
+    if (surface.IsBlended) {
+        canvas.Veils.resize(canvas.Nearness.size());
+    }
+    ForEachNearer(canvas, *triangle, [&](size_t place, double column, double row, double nearness) {
+        Veil veil = surface.IsBlended ? canvas.Veils[place] : Veil();
+        if (surface.IsBlended) {
+            const float alpha = ColourAt(triangle->Values, surface, column, row, nearness)[3];
+            veil.Through *= 1.0F - alpha;
+        } else {
+            veil.Through = 0;
+        }
+        veil.Nearness = std::min(veil.Nearness, static_cast<float>(nearness));
+        const bool isClosed = veil.Through < LeastThrough;
+        if (isClosed) {
+            // Just behind all of them, so that they are drawn themselves.
+            canvas.Nearness[place] =
+                std::max(canvas.Nearness[place], std::nextafter(veil.Nearness, 0.0F));
+        }
+        if (surface.IsBlended) {
+            canvas.Veils[place] = veil;
+        }
+        return isClosed;
+    });
 }

@@ -1,4 +1,6 @@
-// Draws at twice the size and averages: opaque triangles as they come, then the others from far to near.
+// Draws at twice the size and averages: opaque triangles in the order of the file, then the others from
+// far to near. Before that, large opaque triangles and then the others are laid down from near to far
+// without their colours, so that what they hide needn't be drawn.
 #include "inspect/ScenePicture.h"
 
 #include "inspect/Rasteriser.h"
@@ -25,6 +27,20 @@ constexpr Vector LightInView = {-0.45, 0.75, -0.6};
 constexpr std::array<float, 3> SkyAtTop = {0.62F, 0.74F, 0.86F};
 constexpr std::array<float, 3> SkyAtBottom = {0.94F, 0.95F, 0.95F};
 
+// In pixels of the canvas: opaque triangles that are larger along a side may hide much.
+constexpr double LargeSide = 32;
+
+struct DrawnMesh {
+    const StoredMesh* Mesh;
+    Surface Look;
+};
+
+struct ScreenPlace {
+    double X; // As in ScreenCorner.
+    double Y;
+    double Nearness;
+};
+
 struct Drawing {
     Canvas Pixels;
     View FromEye;
@@ -32,23 +48,15 @@ struct Drawing {
     std::map<const Texture*, Mipmaps> Pictures;
 };
 
-// A triangle that waits for its turn.
-struct BlendedTriangle {
-    std::array<ScreenCorner, 3> Corners;
-    Surface Look;
-    double Nearness = 0;
-};
-
 void FillBackground(Canvas& canvas) {
-    canvas.Nearness.assign(size_t{canvas.Width} * canvas.Height, 0.0F);
-    canvas.Colours.reserve(canvas.Nearness.size());
     for (uint32_t y = 0; y < canvas.Height; ++y) {
         const float weight = static_cast<float>(y) / static_cast<float>(canvas.Height);
         std::array<float, 3> colour{};
         for (size_t channel = 0; channel < 3; ++channel) {
             colour[channel] = SkyAtTop[channel] + (SkyAtBottom[channel] - SkyAtTop[channel]) * weight;
         }
-        canvas.Colours.insert(canvas.Colours.end(), canvas.Width, colour);
+        std::fill_n(canvas.Colours.begin() + static_cast<std::ptrdiff_t>(size_t{y} * canvas.Width),
+                    canvas.Width, colour);
     }
 }
 
@@ -70,15 +78,20 @@ Vector CornerNormal(const StoredVertex& vertex, const Vector& triangleNormal) {
     return Dot(normal, triangleNormal) > 0.0 ? normal : triangleNormal;
 }
 
-ScreenCorner ToScreen(const Drawing& drawing, const StoredVertex& vertex, const Vector& triangleNormal) {
-    const View& view = drawing.FromEye;
+ScreenPlace ToScreen(const View& view, const StoredVertex& vertex) {
     const Vector place = ToView(view, vertex.Position);
+    return {view.MiddleX + place[0] / place[2] * view.PixelsPerSlope,
+            view.MiddleY - place[1] / place[2] * view.PixelsPerSlope, 1.0 / place[2]};
+}
+
+ScreenCorner MakeCorner(const Drawing& drawing, const StoredVertex& vertex, const ScreenPlace& place,
+                        const Vector& triangleNormal) {
     const auto finiteOrZero = [](float value) {
         return std::isfinite(value) ? static_cast<double>(value) : 0.0;
     };
-    return {view.MiddleX + place[0] / place[2] * view.PixelsPerSlope,
-            view.MiddleY - place[1] / place[2] * view.PixelsPerSlope,
-            1.0 / place[2],
+    return {place.X,
+            place.Y,
+            place.Nearness,
             finiteOrZero(vertex.U),
             finiteOrZero(vertex.V),
             LightOn(drawing, CornerNormal(vertex, triangleNormal))};
@@ -99,28 +112,77 @@ Surface SurfaceOf(Drawing& drawing, const StoredMaterial& material, TextureShelf
     return surface;
 }
 
-void DrawMesh(Drawing& drawing, const StoredMesh& mesh, const Surface& surface,
-              std::vector<BlendedTriangle>& blended) {
-    for (size_t first = 0; first < mesh.Indices.size(); first += 3) {
-        std::array<const StoredVertex*, 3> vertices{};
+struct PlacedTriangle {
+    const DrawnMesh* From;
+    std::array<const StoredVertex*, 3> Vertices;
+    std::array<ScreenPlace, 3> Places;
+};
+
+// Calls use(triangle) for all triangles of the mesh but those with a corner nowhere.
+template <typename Use> void ForEachTriangle(const View& view, const DrawnMesh& mesh, Use use) {
+    const std::vector<StoredVertex>& vertices = mesh.Mesh->Vertices;
+    std::vector<ScreenPlace> places;
+    places.reserve(vertices.size());
+    for (const StoredVertex& vertex : vertices) {
+        places.push_back(ToScreen(view, vertex));
+    }
+    const std::vector<uint32_t>& indices = mesh.Mesh->Indices;
+    for (size_t first = 0; first < indices.size(); first += 3) {
+        PlacedTriangle triangle = {&mesh, {}, {}};
         bool isSomewhere = true;
         for (size_t corner = 0; corner < 3; ++corner) {
-            vertices[corner] = &mesh.Vertices[mesh.Indices[first + corner]];
-            isSomewhere = isSomewhere && IsPlace(vertices[corner]->Position);
+            const uint32_t index = indices[first + corner];
+            triangle.Vertices[corner] = &vertices[index];
+            triangle.Places[corner] = places[index];
+            isSomewhere = isSomewhere && IsPlace(vertices[index].Position);
         }
-        if (!isSomewhere) {
-            continue;
+        if (isSomewhere) {
+            use(triangle);
         }
-        const Vector normal = TriangleNormal(vertices);
-        const std::array<ScreenCorner, 3> corners = {ToScreen(drawing, *vertices[0], normal),
-                                                     ToScreen(drawing, *vertices[1], normal),
-                                                     ToScreen(drawing, *vertices[2], normal)};
-        if (surface.IsBlended) {
-            const double nearness = corners[0].Nearness + corners[1].Nearness + corners[2].Nearness;
-            blended.push_back({corners, surface, nearness});
-        } else {
-            DrawTriangle(drawing.Pixels, corners, surface);
+    }
+}
+
+template <typename Draw> void DrawWith(Draw draw, Drawing& drawing, const PlacedTriangle& triangle) {
+    const Vector normal = TriangleNormal(triangle.Vertices);
+    const auto corner = [&](size_t number) {
+        return MakeCorner(drawing, *triangle.Vertices[number], triangle.Places[number], normal);
+    };
+    draw(drawing.Pixels, {corner(0), corner(1), corner(2)}, triangle.From->Look);
+}
+
+// The triangles whose order matters.
+struct WaitingTriangles {
+    std::vector<PlacedTriangle> LargeOpaque;
+    std::vector<PlacedTriangle> Blended;
+};
+
+void ListTriangles(const View& view, const DrawnMesh& mesh, WaitingTriangles& waiting) {
+    ForEachTriangle(view, mesh, [&](const PlacedTriangle& triangle) {
+        const auto& [a, b, c] = triangle.Places;
+        const auto [left, right] = std::minmax({a.X, b.X, c.X});
+        const auto [top, bottom] = std::minmax({a.Y, b.Y, c.Y});
+        if (mesh.Look.IsBlended) {
+            waiting.Blended.push_back(triangle);
+        } else if (right - left > LargeSide || bottom - top > LargeSide) {
+            waiting.LargeOpaque.push_back(triangle);
         }
+    });
+}
+
+void SortFromFarToNear(std::vector<PlacedTriangle>& triangles) {
+    const auto nearness = [](const PlacedTriangle& triangle) {
+        const auto& [a, b, c] = triangle.Places;
+        return a.Nearness + b.Nearness + c.Nearness;
+    };
+    std::stable_sort(
+        triangles.begin(), triangles.end(),
+        [&](const PlacedTriangle& a, const PlacedTriangle& b) { return nearness(a) < nearness(b); });
+}
+
+// Of triangles sorted from far to near.
+void HideBehind(Drawing& drawing, const std::vector<PlacedTriangle>& triangles) {
+    for (auto triangle = triangles.rbegin(); triangle != triangles.rend(); ++triangle) {
+        DrawWith(HideBehindTriangle, drawing, *triangle);
     }
 }
 
@@ -156,8 +218,7 @@ ScenePicture Shrink(const Canvas& canvas) {
 ScenePicture DrawScene(const StoredScene& scene, TextureShelf& textures, uint32_t width,
                        uint32_t height) {
     Drawing drawing;
-    drawing.Pixels.Width = width * Oversampling;
-    drawing.Pixels.Height = height * Oversampling;
+    drawing.Pixels = BlackCanvas(width * Oversampling, height * Oversampling);
     FillBackground(drawing.Pixels);
     const View& view = drawing.FromEye = FrameScene(scene, drawing.Pixels.Width, drawing.Pixels.Height);
     for (size_t axis = 0; axis < 3; ++axis) {
@@ -166,17 +227,29 @@ ScenePicture DrawScene(const StoredScene& scene, TextureShelf& textures, uint32_
     }
     drawing.Light = Normalized(drawing.Light);
 
-    std::vector<BlendedTriangle> blended;
+    std::vector<DrawnMesh> meshes;
     for (const StoredNode& node : scene.Nodes) {
         for (const StoredMesh& mesh : node.Meshes) {
-            DrawMesh(drawing, mesh, SurfaceOf(drawing, mesh.Material, textures), blended);
+            meshes.push_back({&mesh, SurfaceOf(drawing, mesh.Material, textures)});
         }
     }
-    std::stable_sort(
-        blended.begin(), blended.end(),
-        [](const BlendedTriangle& a, const BlendedTriangle& b) { return a.Nearness < b.Nearness; });
-    for (const BlendedTriangle& triangle : blended) {
-        DrawTriangle(drawing.Pixels, triangle.Corners, triangle.Look);
+    WaitingTriangles waiting;
+    for (const DrawnMesh& mesh : meshes) {
+        ListTriangles(view, mesh, waiting);
+    }
+    SortFromFarToNear(waiting.LargeOpaque);
+    HideBehind(drawing, waiting.LargeOpaque);
+    for (const DrawnMesh& mesh : meshes) {
+        if (!mesh.Look.IsBlended) {
+            ForEachTriangle(view, mesh, [&](const PlacedTriangle& triangle) {
+                DrawWith(DrawTriangle, drawing, triangle);
+            });
+        }
+    }
+    SortFromFarToNear(waiting.Blended);
+    HideBehind(drawing, waiting.Blended);
+    for (const PlacedTriangle& triangle : waiting.Blended) {
+        DrawWith(DrawTriangle, drawing, triangle);
     }
     return Shrink(drawing.Pixels);
 }

@@ -6,7 +6,7 @@
 
 #include <string>
 
-// Pixels per side of the largest picture, which takes about 1 GB to draw.
+// Pixels per side of the largest picture, which takes up to 2 GB to draw.
 constexpr uint32_t LargestPictureSide = 4096;
 
 struct ScenePicture {

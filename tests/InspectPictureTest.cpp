@@ -13,20 +13,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
 
 namespace {
-
-Canvas BlackCanvas(uint32_t width, uint32_t height) {
-    Canvas canvas;
-    canvas.Width = width;
-    canvas.Height = height;
-    canvas.Colours.assign(size_t{width} * height, {0, 0, 0});
-    canvas.Nearness.assign(size_t{width} * height, 0);
-    return canvas;
-}
 
 ScreenCorner Corner(double x, double y, double nearness = 1, double light = 1) {
     return {x, y, nearness, 0, 0, light};
@@ -80,6 +72,46 @@ TEST(InspectPicture, ShowsWhatIsNearestAndBlendsWhatIsClear) {
     draw(canvas, 0.75, {0, 0, 1, 0.25F}, true);
     draw(canvas, 0.625, {0, 0, 1, 1}, true);
     EXPECT_EQ(canvas.Colours[5], (std::array<float, 3>{0, 0, 1})) << "what is clear hides nothing";
+}
+
+// What passes by hidden tiles, and what is hidden beforehand, against each triangle drawn by itself.
+TEST(InspectPicture, HidesNothingThatShows) {
+    std::mt19937 random(3);
+    const auto upTo = [&](double most) {
+        return static_cast<double>(random() % 1000) / 1000 * most;
+    };
+    const Surface opaque = {{1, 1, 1, 1}, nullptr, false};
+    const Surface glass = {{1, 1, 1, 0.5F}, nullptr, true};
+    Canvas canvas = BlackCanvas(70, 45);
+    std::vector<float> nearest(canvas.Nearness.size(), 0);
+    std::vector<std::array<ScreenCorner, 3>> triangles;
+    for (double nearness = 0.2; nearness < 1; nearness += 0.002) {
+        std::array<ScreenCorner, 3> corners;
+        for (ScreenCorner& corner : corners) {
+            corner = Corner(upTo(70), upTo(45), nearness + upTo(0.1), upTo(1));
+        }
+        triangles.push_back(corners);
+        Canvas alone = BlackCanvas(70, 45);
+        DrawTriangle(alone, corners, opaque);
+        std::transform(nearest.begin(), nearest.end(), alone.Nearness.begin(), nearest.begin(),
+                       [](float a, float b) { return std::max(a, b); });
+    }
+    Canvas plain = canvas;
+    Canvas hidden = canvas;
+    for (size_t near = triangles.size(); near-- > 0;) {
+        HideBehindTriangle(canvas, triangles[near], opaque);
+        HideBehindTriangle(hidden, triangles[near], glass);
+    }
+    for (const auto& corners : triangles) {
+        DrawTriangle(canvas, corners, opaque);
+        DrawTriangle(plain, corners, glass);
+        DrawTriangle(hidden, corners, glass);
+    }
+    EXPECT_EQ(canvas.Nearness, nearest);
+    EXPECT_NE(hidden.Nearness, plain.Nearness) << "there is something to hide";
+    for (size_t pixel = 0; pixel < plain.Colours.size(); ++pixel) {
+        ASSERT_NEAR(hidden.Colours[pixel][0], plain.Colours[pixel][0], 1.0 / 1024) << pixel;
+    }
 }
 
 // Halfway between distances 1 and 4 on the screen is a fifth of the way in space.
