@@ -39,8 +39,12 @@ int TellFault(const std::u16string& file, const SceneFault& fault, Report kind) 
     return NotSound;
 }
 
-// Reports that need no more than one pass over the file.
-int RunReport(const Options& options) {
+std::u16string SummaryWords(const SceneSummary& summary, Report kind) {
+    return kind == Report::Json ? Utf16FromUtf8(SummaryJson(summary)) : SummaryText(summary);
+}
+
+// Without the scene in memory.
+int ReportInPassing(const Options& options) {
     SceneReading reading = ReadingOfFile(options.File);
     std::u16string text;
     if (options.Kind == Report::Tree) {
@@ -48,7 +52,7 @@ int RunReport(const Options& options) {
     } else {
         SceneSummary summary;
         SummarizeParts(reading, summary);
-        text = options.Kind == Report::Json ? Utf16FromUtf8(SummaryJson(summary)) : SummaryText(summary);
+        text = SummaryWords(summary, options.Kind);
     }
     if (reading.Fault) {
         return TellFault(options.File, *reading.Fault, options.Kind);
@@ -57,12 +61,8 @@ int RunReport(const Options& options) {
     return Sound;
 }
 
-int RunDiff(const Options& options) {
-    StoredScene scene;
+int ReportDifferences(const Options& options, const StoredScene& scene) {
     StoredScene other;
-    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
-        return TellFault(options.File, *fault, options.Kind);
-    }
     if (const auto fault = ReadStoredSceneFile(options.Other, other)) {
         return TellFault(options.Other, *fault, options.Kind);
     }
@@ -74,6 +74,15 @@ int RunDiff(const Options& options) {
     PrintToStandardOutput(Counted(differences.Count, u"difference", u"differences") + u"\nfirst: " +
                           differences.First + u"\n");
     return Different;
+}
+
+int ReportScene(const Options& options, const StoredScene& scene) {
+    if (options.Kind == Report::Differences) {
+        return ReportDifferences(options, scene);
+    }
+    PrintToStandardOutput(options.Kind == Report::Tree ? TreeText(scene)
+                                                       : SummaryWords(Summarize(scene), options.Kind));
+    return Sound;
 }
 
 // False if nothing could be written.
@@ -111,12 +120,8 @@ std::u16string TextureDirectory(const Options& options) {
                                                            : options.TextureDirectory + u"/";
 }
 
-// The files that can be made besides. The scene has been found sound before.
-int WriteOutputs(const Options& options) {
-    StoredScene scene;
-    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
-        return TellFault(options.File, *fault, options.Kind);
-    }
+// The files that can be made besides.
+int WriteOutputs(const Options& options, const StoredScene& scene) {
     if (const uint64_t count = Summarize(scene).NodesWithMatrix; count != 0) {
         PrintError(options.File + u": " + Counted(count, u"matrix", u"matrices") +
                    u" other than the identity not applied");
@@ -136,13 +141,21 @@ int WriteOutputs(const Options& options) {
     return written ? Sound : NotWritten;
 }
 
+// The file is opened once, since a pipe gives its bytes only once.
 int Run(const Options& options) {
-    const int reported = options.Kind == Report::Differences ? RunDiff(options) : RunReport(options);
     const bool wantsOutput = !options.GltfFile.empty() || !options.PictureFile.empty();
+    if (options.Kind != Report::Differences && !wantsOutput) {
+        return ReportInPassing(options);
+    }
+    StoredScene scene;
+    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
+        return TellFault(options.File, *fault, options.Kind);
+    }
+    const int reported = ReportScene(options, scene);
     if (reported == NotSound || !wantsOutput) {
         return reported;
     }
-    const int written = WriteOutputs(options);
+    const int written = WriteOutputs(options, scene);
     return written == Sound ? reported : written;
 }
 

@@ -106,6 +106,9 @@ TEST(InspectReport, PrintsTheTree) {
                                    "    mesh 0 \"\", 1 triangle, 3 vertices\n"
                                    "    mesh 1 \"Brick\", 1 triangle, 3 vertices\n"
                                    "    2: 0 meshes, 0 children\n");
+    StoredScene scene;
+    ASSERT_FALSE(ReadStoredScene(bytes, scene));
+    EXPECT_EQ(TreeText(scene), text);
 }
 
 // The text of a chain may not grow with the square of its length.
@@ -305,5 +308,34 @@ TEST(InspectReport, TellsTheOutcomeByItsExitCode) {
     EXPECT_EQ(run({u"short.bin", u"--png", u"a.png"}).ExitCode, 1);
     EXPECT_FALSE(std::filesystem::exists(folder.Path / "a.png"));
 }
+
+#ifndef _WIN32
+// Where streams are other than files: they can be read once, and fill up.
+TEST(InspectReport, GetsAlongWithPipesAndDevices) {
+    const TempFolder folder;
+    const Bytes bytes = SmallFile();
+    WriteBytes(folder.Path / "a.bin", std::string(bytes.begin(), bytes.end()));
+    const struct {
+        const char16_t* Command;
+        int ExitCode;
+        const char* Errors; // A part of them.
+    } rows[] = {
+        {u"cat a.bin | $0 --tree --glb a.glb /dev/stdin && cmp -s a.glb b.glb", 0, ""},
+    };
+    const auto run = [&](const std::u16string& command) {
+        ProgramCall call;
+        call.Program = "/bin/sh";
+        call.Arguments = {u"-c", command, std::filesystem::path(ORVANE_SCENE_INSPECT).u16string()};
+        call.WorkingDirectory = folder.Path;
+        return RunProgram(call);
+    };
+    ASSERT_EQ(run(u"$0 --glb b.glb a.bin").ExitCode, 0);
+    for (const auto& row : rows) {
+        const ProgramResult result = run(row.Command);
+        EXPECT_EQ(result.ExitCode, row.ExitCode) << Utf8FromUtf16(row.Command);
+        EXPECT_NE(result.Errors.find(row.Errors), std::string::npos) << result.Errors;
+    }
+}
+#endif
 
 } // namespace
