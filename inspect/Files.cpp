@@ -3,14 +3,21 @@
 
 #include "platform/Platform.h"
 
+#include <cerrno>
+
 namespace {
 
 // Bytes.
 constexpr size_t ReadStep = size_t{1} << 20;
 
 size_t ComponentStart(const std::u16string& path) {
-    const size_t separator = path.find_last_of(u"/\\:");
-    return separator == std::u16string::npos ? 0 : separator + 1;
+    const size_t separator = path.find_last_of(u"/\\");
+    if (separator != std::u16string::npos) {
+        return separator + 1;
+    }
+    const bool hasDrive = path.size() >= 2 && path[1] == u':' &&
+                          ((path[0] >= u'A' && path[0] <= u'Z') || (path[0] >= u'a' && path[0] <= u'z'));
+    return hasDrive ? 2 : 0;
 }
 
 } // namespace
@@ -33,14 +40,19 @@ std::optional<std::vector<uint8_t>> ReadWholeFile(const std::u16string& path, si
     return sound ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
-bool WriteWholeFile(const std::u16string& path, std::string_view bytes) {
+int WriteWholeFile(const std::u16string& path, std::string_view bytes) {
+    errno = 0;
+    // For failures that leave no number.
+    const auto reason = [] {
+        return errno != 0 ? errno : EIO;
+    };
     std::FILE* const file = OpenForWriting(path);
     if (file == nullptr) {
-        return false;
+        return reason();
     }
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    const bool closed = std::fclose(file) == 0;
-    return written && closed;
+    const int writing = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() ? 0 : reason();
+    const int closing = std::fclose(file) == 0 ? 0 : reason();
+    return writing != 0 ? writing : closing;
 }
 
 std::u16string LastComponent(const std::u16string& path) {

@@ -14,6 +14,7 @@
 #include "platform/Main.h"
 #include "platform/Platform.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <new>
 
@@ -31,10 +32,23 @@ void PrintError(const std::u16string& line) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
+// Gives the outcome, or NotWritten if the text can't be printed. A reader who has gone away, as head
+// does, has seen enough.
+int Print(const std::u16string& text, int outcome) {
+    errno = 0;
+    PrintToStandardOutput(text);
+    const int reason = errno;
+    if (std::ferror(stdout) == 0 || reason == EPIPE) {
+        return outcome;
+    }
+    PrintError(u"scene-inspect: standard output can't be written" + InBrackets(reason));
+    return NotWritten;
+}
+
 int TellFault(const std::u16string& file, const SceneFault& fault, Report kind) {
     PrintError(file + u": " + FaultText(fault));
     if (kind == Report::Json) {
-        PrintToStandardOutput(Utf16FromUtf8(FaultJson(fault)));
+        return Print(Utf16FromUtf8(FaultJson(fault)), NotSound);
     }
     return NotSound;
 }
@@ -57,8 +71,7 @@ int ReportInPassing(const Options& options) {
     if (reading.Fault) {
         return TellFault(options.File, *reading.Fault, options.Kind);
     }
-    PrintToStandardOutput(text);
-    return Sound;
+    return Print(text, Sound);
 }
 
 int ReportDifferences(const Options& options, const StoredScene& scene) {
@@ -68,24 +81,31 @@ int ReportDifferences(const Options& options, const StoredScene& scene) {
     }
     const SceneDifferences differences = CompareScenes(scene, other);
     if (differences.Count == 0) {
-        PrintToStandardOutput(u"no differences\n");
-        return Sound;
+        return Print(u"no differences\n", Sound);
     }
-    PrintToStandardOutput(Counted(differences.Count, u"difference", u"differences") + u"\nfirst: " +
-                          differences.First + u"\n");
-    return Different;
+    return Print(Counted(differences.Count, u"difference", u"differences") + u"\nfirst: " +
+                     differences.First + u"\n",
+                 Different);
 }
 
 int ReportScene(const Options& options, const StoredScene& scene) {
     if (options.Kind == Report::Differences) {
         return ReportDifferences(options, scene);
     }
-    PrintToStandardOutput(options.Kind == Report::Tree ? TreeText(scene)
-                                                       : SummaryWords(Summarize(scene), options.Kind));
-    return Sound;
+    return Print(options.Kind == Report::Tree ? TreeText(scene)
+                                              : SummaryWords(Summarize(scene), options.Kind),
+                 Sound);
 }
 
-// False if nothing could be written.
+// False if not all could be written. Likewise below.
+bool WriteOutput(const std::u16string& path, std::string_view bytes) {
+    const int reason = WriteWholeFile(path, bytes);
+    if (reason != 0) {
+        PrintError(path + u": the file can't be written" + InBrackets(reason));
+    }
+    return reason == 0;
+}
+
 bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& textures) {
     const GltfFile gltf = ExportGltf(scene, textures);
     if (gltf.TrianglesLeftOut != 0) {
@@ -96,20 +116,16 @@ bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& t
         PrintError(options.GltfFile + u": the scene is too large for binary glTF, which ends at 4 GiB");
         return false;
     }
-    if (!WriteWholeFile(options.GltfFile, gltf.Bytes)) {
-        PrintError(options.GltfFile + u": the file can't be written");
-        return false;
-    }
-    return true;
+    return WriteOutput(options.GltfFile, gltf.Bytes);
 }
 
 bool WritePicture(const Options& options, const StoredScene& scene, TextureShelf& textures) {
     const std::string png = EncodePng(DrawScene(scene, textures, options.Width, options.Height));
-    if (png.empty() || !WriteWholeFile(options.PictureFile, png)) {
-        PrintError(options.PictureFile + u": the file can't be written");
+    if (png.empty()) {
+        PrintError(options.PictureFile + u": the picture can't be encoded");
         return false;
     }
-    return true;
+    return WriteOutput(options.PictureFile, png);
 }
 
 std::u16string TextureDirectory(const Options& options) {
@@ -170,8 +186,7 @@ int Main() {
         return WrongUse;
     }
     if (options.WantsHelp) {
-        PrintToStandardOutput(UsageText());
-        return Sound;
+        return Print(UsageText(), Sound);
     }
     try {
         return Run(options);

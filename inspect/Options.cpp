@@ -154,5 +154,5 @@ std::u16string UsageText() {
            u"  --textures DIR  where the texture files are, if not beside FILE\n"
            u"\n"
            u"Exit codes: 0 sound, 1 not sound, 2 wrong use, 3 --diff found a difference,\n"
-           u"4 an output could not be written.\n";
+           u"4 an output could not be written, or memory ran out.\n";
 }

@@ -8,9 +8,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <new>
 
 // Numbers are taken from the file as they lie.
 static_assert(std::endian::native == std::endian::little);
@@ -65,9 +65,10 @@ bool Fail(SceneReading& reading, uint64_t offset, const char16_t* what, const st
 size_t Fetch(SceneReading& reading, void* to, size_t size) {
     size_t got = 0;
     if (reading.File != nullptr) {
+        errno = 0;
         got = std::fread(to, 1, size, reading.File.get());
         if (got < size && std::ferror(reading.File.get()) != 0) {
-            Fail(reading, reading.Position + got, u"the file can't be read");
+            Fail(reading, reading.Position + got, u"the file can't be read" + InBrackets(errno));
         }
     } else {
         const auto rest = reading.Bytes.subspan(static_cast<size_t>(reading.Position));
@@ -371,36 +372,6 @@ ScenePart ReadEnd(SceneReading& reading) {
     return reading.Fault ? ScenePart::Fault : ScenePart::End;
 }
 
-ScenePart ReadNextPart(SceneReading& reading) {
-    if (reading.Fault) {
-        return ScenePart::Fault;
-    }
-    if (reading.OwedMeshes > 0) {
-        --reading.OwedMeshes;
-        return ReadMesh(reading) ? ScenePart::Mesh : ScenePart::Fault;
-    }
-    if (reading.Position == 0 && !ReadHeader(reading)) {
-        return ScenePart::Fault;
-    }
-    std::vector<uint32_t>& levels = reading.OwedChildren;
-    while (!levels.empty() && levels.back() == 0) {
-        levels.pop_back();
-    }
-    if (levels.empty()) {
-        return ReadEnd(reading);
-    }
-    --levels.back();
-    --reading.OwedNodes;
-    if (!ReadNode(reading)) {
-        return ScenePart::Fault;
-    }
-    reading.Depth = levels.size();
-    reading.OwedMeshes = reading.MeshCount;
-    reading.OwedNodes += reading.ChildCount;
-    levels.push_back(reading.ChildCount);
-    return ScenePart::Node;
-}
-
 // Where the file ends, if it can tell.
 std::optional<uint64_t> SizeOf(std::FILE* file) {
     long size = -1;
@@ -436,11 +407,7 @@ void Collect(SceneReading& reading, StoredScene& scene) {
 
 std::optional<SceneFault> ReadAll(SceneReading& reading, StoredScene& scene) {
     scene.Nodes.clear();
-    try {
-        Collect(reading, scene);
-    } catch (const std::bad_alloc&) {
-        Fail(reading, reading.Position, u"not enough memory for the scene");
-    }
+    Collect(reading, scene);
     if (reading.Fault) {
         scene.Nodes.clear();
     }
@@ -462,9 +429,10 @@ SceneReading ReadingOfBytes(std::span<const uint8_t> bytes) {
 
 SceneReading ReadingOfFile(const std::u16string& path) {
     SceneReading reading;
+    errno = 0;
     reading.File = {OpenForReading(path), std::fclose};
     if (reading.File == nullptr) {
-        Fail(reading, 0, u"the file can't be opened");
+        Fail(reading, 0, u"the file can't be opened" + InBrackets(errno));
     } else {
         reading.Size = SizeOf(reading.File.get());
     }
@@ -472,12 +440,33 @@ SceneReading ReadingOfFile(const std::u16string& path) {
 }
 
 ScenePart ReadPart(SceneReading& reading) {
-    try {
-        return ReadNextPart(reading);
-    } catch (const std::bad_alloc&) {
-        Fail(reading, reading.Position, u"not enough memory for what stands here");
+    if (reading.Fault) {
         return ScenePart::Fault;
     }
+    if (reading.OwedMeshes > 0) {
+        --reading.OwedMeshes;
+        return ReadMesh(reading) ? ScenePart::Mesh : ScenePart::Fault;
+    }
+    if (reading.Position == 0 && !ReadHeader(reading)) {
+        return ScenePart::Fault;
+    }
+    std::vector<uint32_t>& levels = reading.OwedChildren;
+    while (!levels.empty() && levels.back() == 0) {
+        levels.pop_back();
+    }
+    if (levels.empty()) {
+        return ReadEnd(reading);
+    }
+    --levels.back();
+    --reading.OwedNodes;
+    if (!ReadNode(reading)) {
+        return ScenePart::Fault;
+    }
+    reading.Depth = levels.size();
+    reading.OwedMeshes = reading.MeshCount;
+    reading.OwedNodes += reading.ChildCount;
+    levels.push_back(reading.ChildCount);
+    return ScenePart::Node;
 }
 
 std::optional<SceneFault> ReadStoredScene(std::span<const uint8_t> bytes, StoredScene& scene) {

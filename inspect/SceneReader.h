@@ -2,7 +2,8 @@
 //
 // All coordinates are scene coordinates as stored: left-handed, Y up. Nothing is converted but the byte
 // order. Time and memory stay in proportion to the bytes that are really there, whatever counts claim;
-// files may have any size.
+// files may have any size. A shortage of memory says nothing about the file and passes as
+// std::bad_alloc.
 #pragma once
 
 #include <array>

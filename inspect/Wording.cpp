@@ -1,7 +1,10 @@
 // The few words that all reports share.
 #include "inspect/Wording.h"
 
+#include "platform/Platform.h"
+
 #include <array>
+#include <system_error>
 
 namespace {
 
@@ -27,6 +30,13 @@ bool ChangesOrder(char16_t unit) {
 
 std::u16string Counted(uint64_t count, std::u16string_view one, std::u16string_view several) {
     return (Number(count) + u" ").append(count == 1 ? one : several);
+}
+
+std::u16string InBrackets(int errorNumber) {
+    if (errorNumber == 0) {
+        return u"";
+    }
+    return u" (" + Utf16FromUtf8(std::generic_category().message(errorNumber)) + u")";
 }
 
 std::u16string Hex(uint32_t value, unsigned digits) {

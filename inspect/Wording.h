@@ -25,6 +25,9 @@ template <typename List> std::u16string Numbers(const List& values) {
 // "1 mesh", "2 meshes"
 std::u16string Counted(uint64_t count, std::u16string_view one, std::u16string_view several);
 
+// The system's word for an error number, as " (No space left on device)"; nothing for 0.
+std::u16string InBrackets(int errorNumber);
+
 // The lowest digits of the value, as many as asked for.
 std::u16string Hex(uint32_t value, unsigned digits);
 

@@ -202,6 +202,8 @@ TEST(InspectGltf, MakesOddScenesFit) {
 }
 
 TEST(InspectGltf, FindsTexturesBySideOrByDirectory) {
+    EXPECT_EQ(LastComponent(u"C:brick 1:2.png"), u"brick 1:2.png");
+    EXPECT_EQ(LastComponent(u"1:2.png"), u"1:2.png");
     const TempFolder folder;
     WriteBytes(folder.Path / "maps" / "clear.png",
                std::string(reinterpret_cast<const char*>(ClearPng), sizeof ClearPng));

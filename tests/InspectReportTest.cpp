@@ -310,21 +310,31 @@ TEST(InspectReport, TellsTheOutcomeByItsExitCode) {
 }
 
 #ifndef _WIN32
-// Where streams are other than files: they can be read once, and fill up.
-TEST(InspectReport, GetsAlongWithPipesAndDevices) {
+// Streams that can be read but once, or fill up, and little memory.
+TEST(InspectReport, TellsWhatTheSystemLacks) {
     const TempFolder folder;
-    const Bytes bytes = SmallFile();
+    Bytes bytes = SmallFile();
     WriteBytes(folder.Path / "a.bin", std::string(bytes.begin(), bytes.end()));
+    // Sound, of more triangles than there is memory for.
+    bytes[363] = 5;
+    WriteBytes(folder.Path / "vast.bin", std::string(bytes.begin(), bytes.end() - 12));
+    std::filesystem::resize_file(folder.Path / "vast.bin", 654 + 12 * (5ULL << 24 | 1));
     const struct {
         const char16_t* Command;
         int ExitCode;
         const char* Errors; // A part of them.
     } rows[] = {
         {u"cat a.bin | $0 --tree --glb a.glb /dev/stdin && cmp -s a.glb b.glb", 0, ""},
+        {u"$0 --json a.bin > /dev/full", 4, "standard output can't be written (No space"},
+        {u"($0 a.bin; echo $? >&2) | true", 0, "0"},
+        {u"$0 --glb /dev/full a.bin", 4, "/dev/full: the file can't be written (No space"},
+        // Far more sound triangles than there is memory.
+        {u"$0 vast.bin", 4, "vast.bin: not enough memory"},
     };
     const auto run = [&](const std::u16string& command) {
         ProgramCall call;
         call.Program = "/bin/sh";
+        call.MemoryLimit = 400'000'000;
         call.Arguments = {u"-c", command, std::filesystem::path(ORVANE_SCENE_INSPECT).u16string()};
         call.WorkingDirectory = folder.Path;
         return RunProgram(call);

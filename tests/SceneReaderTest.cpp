@@ -359,7 +359,7 @@ TEST(SceneReader, TellsOfFilesThatCannotBeRead) {
     StoredScene scene;
     auto fault = ReadStoredSceneFile(u"no-such-directory/scene.bin", scene);
     ASSERT_TRUE(fault);
-    EXPECT_EQ(FaultText(*fault), u"at byte 0: the file can't be opened");
+    EXPECT_EQ(FaultText(*fault), u"at byte 0: the file can't be opened (No such file or directory)");
     EXPECT_TRUE(ReadStoredSceneFile(u".", scene)) << "a directory";
 }
 
