@@ -15,6 +15,9 @@ constexpr std::array<char16_t, 32> Windows1252Upper = {
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
+// UTF-16 units.
+constexpr size_t LongestQuote = 200;
+
 // C0, DEL and C1.
 bool IsControl(char16_t unit) {
     return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
@@ -49,8 +52,10 @@ std::u16string Hex(uint32_t value, unsigned digits) {
 
 std::u16string Quoted(std::u16string_view name) {
     std::u16string text = u"\"";
-    for (const char16_t unit : name) {
-        if (IsControl(unit)) {
+    for (const char16_t unit : name.substr(0, LongestQuote)) {
+        if (unit == u'"' || unit == u'\\') {
+            text += {u'\\', unit};
+        } else if (IsControl(unit)) {
             text += u"\\x" + Hex(unit, 2);
         } else if (ChangesOrder(unit)) {
             text += u"\\u" + Hex(unit, 4);
@@ -58,7 +63,7 @@ std::u16string Quoted(std::u16string_view name) {
             text += unit;
         }
     }
-    return text + u"\"";
+    return text + (name.size() > LongestQuote ? u"\"\u2026" : u"\"");
 }
 
 std::u16string NodeNameText(std::string_view name) {

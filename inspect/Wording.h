@@ -32,7 +32,9 @@ std::u16string InBrackets(int errorNumber);
 std::u16string Hex(uint32_t value, unsigned digits);
 
 // In quotes. Characters that a terminal may take for a command, or that change the order of others, come
-// as \x1B or \u202E, so that a name from a file can't reach the terminal.
+// as \x1B or \u202E, so that a name from a file can't reach the terminal; quotes and backslashes come
+// with a backslash in front. Of a name that is longer than 200 units the rest is left out, with an
+// ellipsis behind the quotes.
 std::u16string Quoted(std::u16string_view name);
 
 // A node's name, its bytes taken as Windows-1252. Where the writing system had another code page,

@@ -5,6 +5,7 @@
 #include "inspect/SceneSummary.h"
 #include "inspect/SceneTree.h"
 #include "inspect/SummaryText.h"
+#include "inspect/Wording.h"
 
 #include "InspectTesting.h"
 
@@ -66,6 +67,8 @@ TEST(InspectReport, KeepsControlCharactersFromTheTerminal) {
     EXPECT_NE(text.find("\"a\\x1B[2J\\x9Bü\" rgba 0 0.2 1 1, 2 triangles in 1 mesh"), std::string::npos)
         << text;
     EXPECT_EQ(text.find('\x1B'), std::string::npos);
+    EXPECT_EQ(Quoted(u"a\"\\"), u"\"a\\\"\\\\\"");
+    EXPECT_EQ(Quoted(std::u16string(201, u'a')), u'"' + std::u16string(200, u'a') + u"\"…");
 }
 
 TEST(InspectReport, KeepsTheLargestMeshesInOrder) {
