@@ -85,7 +85,8 @@ TEST(InspectPicture, HidesNothingThatShows) {
     Canvas canvas = BlackCanvas(70, 45);
     std::vector<float> nearest(canvas.Nearness.size(), 0);
     std::vector<std::array<ScreenCorner, 3>> triangles;
-    for (double nearness = 0.2; nearness < 1; nearness += 0.002) {
+    for (int number = 0; number < 400; ++number) {
+        const double nearness = 0.2 + number * 0.002;
         std::array<ScreenCorner, 3> corners;
         for (ScreenCorner& corner : corners) {
             corner = Corner(upTo(70), upTo(45), nearness + upTo(0.1), upTo(1));
