@@ -331,8 +331,9 @@ TEST(InspectReport, TellsWhatTheSystemLacks) {
         {u"$0 --json a.bin > /dev/full", 4, "standard output can't be written (No space"},
         {u"($0 a.bin; echo $? >&2) | true", 0, "0"},
         {u"$0 --glb /dev/full a.bin", 4, "/dev/full: the file can't be written (No space"},
-        // Far more sound triangles than there is memory.
+#ifndef __SANITIZE_ADDRESS__ // It ends a program that asks for too much.
         {u"$0 vast.bin", 4, "vast.bin: not enough memory"},
+#endif
     };
     const auto run = [&](const std::u16string& command) {
         ProgramCall call;
