@@ -110,24 +110,6 @@ TEST(Recentre, LeavesMeshesAloneUnderTheIdentity) {
     ExpectVector(Transform(unnormalized, nearly).Vertices[0].Normal, {0, 1, 0});
 }
 
-TEST(SceneFile, OfOneTriangleHas666Bytes) {
-    SceneNode root(u"");
-    AddTriangle(root, {1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {0, 1, 0});
-    MaterialEntry defaultRow;
-    defaultRow.Name = u"Default";
-    const std::string bytes = WriteToBytes(root, {defaultRow});
-    ASSERT_EQ(bytes.size(), 666u);
-    EXPECT_EQ(bytes.substr(0, 16),
-              std::string("\x11\x11\x11\x11\x6B\0\0\0\0\0\0\0\x22\x22\x22\x22", 16));
-    EXPECT_EQ(ValueAt<int32_t>(bytes, 12 + 328), 1);
-    EXPECT_EQ(ValueAt<int32_t>(bytes, 352 + 4), 3);
-    EXPECT_EQ(ValueAt<uint32_t>(bytes, 404 + 4), 8u);
-    EXPECT_EQ(ValueAt<float>(bytes, 404 + 52), 1.0f);
-    EXPECT_EQ(ValueAt<float>(bytes, 404 + 72), 1.0f);
-    EXPECT_EQ(ValueAt<Vertex>(bytes, 546 + 64).Position.X, 7.0f);
-    EXPECT_EQ(ValueAt<uint32_t>(bytes, 654 + 8), 2u);
-}
-
 TEST(SceneFile, HasFourZeroBytesPerVertexHoweverManyThereAre) {
     constexpr size_t count = 2500;
     SceneNode root(u"");
@@ -139,24 +121,6 @@ TEST(SceneFile, HasFourZeroBytesPerVertexHoweverManyThereAre) {
     ASSERT_EQ(bytes.size(), zeros + 4 * count + 12);
     EXPECT_EQ(bytes.find_first_not_of('\0', zeros), zeros + 4 * count);
     EXPECT_EQ(ValueAt<uint32_t>(bytes, zeros + 4 * count), 7u);
-}
-
-TEST(SceneFile, StoresTexturedMaterialsWhiteAndKeepsTheirAlpha) {
-    SceneNode root(u"");
-    AddTriangle(root, {}, {}, {}, {}).MaterialIndex = 0;
-    MaterialEntry row;
-    row.Color = 0x7F112233;
-    const auto colorOf = [&root](const MaterialEntry& entry) {
-        const std::string bytes = WriteToBytes(root, {entry});
-        std::vector<float> color;
-        for (size_t i = 0; i < 4; ++i) {
-            color.push_back(ValueAt<float>(bytes, 404 + 12 + 4 * i));
-        }
-        return color;
-    };
-    EXPECT_EQ(colorOf(row), (std::vector<float>{17 / 255.0f, 34 / 255.0f, 51 / 255.0f, 127 / 255.0f}));
-    row.RelativePath = u"maps\\a.png";
-    EXPECT_EQ(colorOf(row), (std::vector<float>{1, 1, 1, 127 / 255.0f}));
 }
 
 TEST(SceneFile, CutsNodeNamesAt255UnitsOfTheCodePage) {

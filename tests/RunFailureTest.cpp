@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <map>
-#include <set>
 
 namespace {
 
@@ -270,19 +269,6 @@ TEST(RunFailure, EveryCallMayFail) {
         EXPECT_EQ(run.Result.ExitCode, ExpectedExitCode(operation, seen[operation] == 1));
     }
     EXPECT_EQ(seen.size(), 64u); // The reference model uses all there is.
-}
-
-TEST(RunFailure, EveryCallMayBeTheFirstOfManyToFail) {
-    constexpr size_t step = 7; // Each call would take long and tell little more.
-    ScriptedRun whole;
-    RunWith(whole, {{"operation", "none"}, {"kind", "fail"}});
-    for (size_t call = 1; call <= whole.Calls.size(); call += step) {
-        SCOPED_TRACE(testing::Message() << call << ": " << whole.Calls[call - 1]);
-        ScriptedRun run;
-        RunWith(run, {{"operation", "*"}, {"kind", "fail"}, {"from", call}});
-        EXPECT_TRUE(std::set({0, 10, 12, 13}).count(run.Result.ExitCode)) << run.Result.ExitCode;
-        EXPECT_EQ(std::filesystem::exists(run.SceneFile), run.Result.ExitCode == 0);
-    }
 }
 
 // Texts without a closing NUL fill their buffer; the program has to end them itself.
