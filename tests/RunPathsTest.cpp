@@ -17,11 +17,11 @@ Json Textured() {
 }
 
 // A relative path of exactly this many units: folders of 100 units, then the last component.
-std::u16string PathOfLength(size_t length, const std::u16string& last, char16_t unit = u'd') {
+std::u16string PathOfLength(size_t length, const std::u16string& last) {
     std::u16string path;
     for (size_t rest = length - last.size(); rest > 0;) {
         const size_t part = rest > 102 ? 101 : rest;
-        path += std::u16string(part - 1, unit) + u"\\";
+        path += std::u16string(part - 1, u'd') + u"\\";
         rest -= part;
     }
     return path + last;

@@ -22,7 +22,7 @@ struct ModelImporter {
     OutputFile LogFile;                       // stays closed if the log can't be opened
     std::unique_ptr<::RootHolder> RootHolder; // null before the model is read
     ::MaterialTable MaterialTable;            // row 0 is the default material
-    ::MaterialRows MaterialRows;              // of the materials in the table
+    ::MaterialRows MaterialRows;              // where to find rows of the table
     std::u16string SourceDirectory;           // of the model
     std::u16string OutputDirectory;           // of the scene file: where pictures go
     std::u16string RelativeDirectory;         // put in front of the texture paths in the scene file
