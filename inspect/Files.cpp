@@ -42,16 +42,12 @@ std::optional<std::vector<uint8_t>> ReadWholeFile(const std::u16string& path, si
 
 int WriteWholeFile(const std::u16string& path, std::string_view bytes) {
     errno = 0;
-    // For failures that leave no number.
-    const auto reason = [] {
-        return errno != 0 ? errno : EIO;
-    };
     std::FILE* const file = OpenForWriting(path);
     if (file == nullptr) {
-        return reason();
+        return FailureReason();
     }
-    const int writing = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() ? 0 : reason();
-    const int closing = std::fclose(file) == 0 ? 0 : reason();
+    const int writing = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() ? 0 : FailureReason();
+    const int closing = std::fclose(file) == 0 ? 0 : FailureReason();
     return writing != 0 ? writing : closing;
 }
 

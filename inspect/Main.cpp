@@ -32,17 +32,14 @@ void PrintError(const std::u16string& line) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
-// Gives the outcome, or NotWritten if the text can't be printed. A reader who has gone away, as head
-// does, has seen enough.
+// Gives the outcome, or NotWritten if not all of the text goes out. A reader that has gone away, as head
+// does, needs no message.
 int Print(const std::u16string& text, int outcome) {
-    errno = 0;
-    PrintToStandardOutput(text);
-    const int reason = errno;
-    if (std::ferror(stdout) == 0 || reason == EPIPE) {
-        return outcome;
+    const int reason = PrintToStandardOutput(text);
+    if (reason != 0 && reason != EPIPE) {
+        PrintError(u"scene-inspect: standard output can't be written" + InBrackets(reason));
     }
-    PrintError(u"scene-inspect: standard output can't be written" + InBrackets(reason));
-    return NotWritten;
+    return reason == 0 ? outcome : NotWritten;
 }
 
 int TellFault(const std::u16string& file, const SceneFault& fault, Report kind) {

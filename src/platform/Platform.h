@@ -42,5 +42,13 @@ std::u16string Utf16FromUtf8(std::string_view text);
 // the page lacks.
 std::string AnsiFromUtf16(std::u16string_view text);
 
-// Prints text to standard output at once: UTF-8 on POSIX whatever the locale. A failure is ignored.
-void PrintToStandardOutput(std::u16string_view text);
+// Prints text to standard output at once: UTF-8 on POSIX whatever the locale. Gives 0, or the errno of
+// what kept part of the text from going out.
+int PrintToStandardOutput(std::u16string_view text);
+
+// The same of bytes, which go out as they stand where standard output translates nothing.
+int PrintBytes(std::string_view bytes);
+
+// The errno that a failed call has left, or EIO if it has left none: for calls before which errno was
+// set to 0.
+int FailureReason();

@@ -149,8 +149,6 @@ std::string AnsiFromUtf16(std::u16string_view text) {
     return result;
 }
 
-void PrintToStandardOutput(std::u16string_view text) {
-    const std::string bytes = Utf8FromUtf16(text);
-    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
-    std::fflush(stdout);
+int PrintToStandardOutput(std::u16string_view text) {
+    return PrintBytes(Utf8FromUtf16(text));
 }

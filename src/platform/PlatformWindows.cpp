@@ -1,6 +1,7 @@
 // The Windows side of the platform layer: wide-character calls all through.
 #include "platform/Platform.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <io.h>
@@ -67,16 +68,15 @@ std::string AnsiFromUtf16(std::u16string_view text) {
     return ToCodePage(CP_ACP, text);
 }
 
-void PrintToStandardOutput(std::u16string_view text) {
+int PrintToStandardOutput(std::u16string_view text) {
     HANDLE console = ConsoleOutput();
     if (console != nullptr) {
         DWORD written = 0;
-        WriteConsoleW(console, Wide(text).c_str(), static_cast<DWORD>(text.size()), &written, nullptr);
-        return;
+        const bool printed = WriteConsoleW(console, Wide(text).c_str(), static_cast<DWORD>(text.size()),
+                                           &written, nullptr) != 0;
+        return printed && written == text.size() ? 0 : EIO;
     }
     // As bytes: in text mode the CR LF of a line would become CR CR LF.
     _setmode(_fileno(stdout), _O_BINARY);
-    const std::string bytes = Utf8FromUtf16(text);
-    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
-    std::fflush(stdout);
+    return PrintBytes(Utf8FromUtf16(text));
 }

@@ -20,11 +20,18 @@ int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle
 }
 
 // Whether a list may be walked beneath those that are open. One that is open already would never end,
-// and one too deep would overrun the stack: both count as a list that can't be had.
-bool CanWalkInto(const ModelImporter& importer, EntitiesHandle entities) {
+// and one too deep would overrun the stack: both count as a list that can't be had, and are counted.
+bool CanWalkInto(ModelImporter& importer, EntitiesHandle entities) {
     const std::vector<EntitiesHandle>& open = importer.OpenEntities;
-    return open.size() < NestingLimit &&
-           std::ranges::find(open, entities.Value, &EntitiesHandle::Value) == open.end();
+    if (open.size() >= NestingLimit) {
+        ++importer.ListsTooDeep;
+        return false;
+    }
+    if (std::ranges::find(open, entities.Value, &EntitiesHandle::Value) != open.end()) {
+        ++importer.ListsInsideThemselves;
+        return false;
+    }
+    return true;
 }
 
 // Adds the transform node of a group or an instance to the parent, and the content beneath it.

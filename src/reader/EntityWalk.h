@@ -8,10 +8,6 @@
 #include "reader/SketchUpAPI.h"
 #include "tool/ModelImporter.h"
 
-// The most lists of entities one inside the other, the model's own included. It is many times what
-// people build, and all that follows a tree down needs less than 2 MB of stack for it, of the 8 that
-// there are.
-constexpr size_t NestingLimit = 1024;
 
 // The content node of a list: its own faces and images, then its groups, then its instances, depth
 // first. Null if the run has failed before; also given, incomplete, when it fails on the way.

@@ -24,6 +24,16 @@ static bool WriteSceneFile(const std::u16string& path, const SceneNode& root,
     return file.Stream != nullptr && WriteScene(file, root, materials);
 }
 
+// What the model has and the scene lacks, although the run goes on: the log's lines are all spoken for.
+static void ReportListsLeftOut(const ModelImporter& importer) {
+    if (importer.ListsTooDeep != 0) {
+        std::fprintf(stderr, MessageListsTooDeep, NestingLimit, importer.ListsTooDeep);
+    }
+    if (importer.ListsInsideThemselves != 0) {
+        std::fprintf(stderr, MessageListsInsideThemselves, importer.ListsInsideThemselves);
+    }
+}
+
 static int Run(const std::vector<std::u16string>& arguments) {
     const std::u16string& sourcePath = arguments[0];
     const std::u16string& scenePath = arguments[1];
@@ -40,6 +50,7 @@ static int Run(const std::vector<std::u16string>& arguments) {
     ModelImporter importer;
     const RootHolder* holder =
         importer.Import(sourcePath, scenePath, sceneDirectory, relativeDirectory, logPath);
+    ReportListsLeftOut(importer);
     if (holder == nullptr || importer.ImportStatus != StatusOk) {
         Log(importer, MessageErrorImporting, {sourcePath, importer.ImportStatus});
         return importer.ImportStatus;

@@ -1,13 +1,19 @@
 // All texts that the program prints or logs. "%s" stands for a text, "%d" for a number.
 #pragma once
 
-// The usage goes to standard output alone, with its own line end; all others but the second are lines of
-// the log.
+#include <cinttypes>
+
+// The usage goes to standard output alone, with its own line end. What goes to standard error comes next;
+// the others are lines of the log.
 constexpr char16_t MessageUsage[] =
     u"Usage: orvane.exe <src_path> <dest_path> <rel_dest_dir> <log_path>\n";
 
-// On standard error alone.
+// On standard error alone, with their own line ends.
 constexpr char MessageOutOfMemory[] = "orvane: out of memory\n";
+constexpr char MessageListsTooDeep[] = // the limit, number of lists
+    "orvane: groups and component instances left out, nested more than %zu levels deep: %" PRIu64 "\n";
+constexpr char MessageListsInsideThemselves[] = // number of lists
+    "orvane: groups and component instances left out, nested in themselves: %" PRIu64 "\n";
 
 constexpr char16_t MessageImporting[] = u"Importing %s to %s";  // source, scene file
 constexpr char16_t MessageErrorOpening[] = u"Error opening %s"; // source

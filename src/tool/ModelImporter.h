@@ -18,6 +18,11 @@ constexpr int32_t StatusSceneNotWritten = 11; // an exit code only, never stored
 constexpr int32_t StatusTextureNotWritten = 12;
 constexpr int32_t StatusModelNotRead = 13; // or it holds no triangle
 
+// The most lists of entities one inside the other, the model's own included. Whatever follows a tree down
+// calls itself once per level: this many levels take less than 2 MB of the 8 MB of stack, and people
+// nest a few dozen at the most.
+constexpr size_t NestingLimit = 1024;
+
 struct ModelImporter {
     OutputFile LogFile;                       // stays closed if the log can't be opened
     std::unique_ptr<::RootHolder> RootHolder; // null before the model is read
@@ -32,6 +37,8 @@ struct ModelImporter {
     ModelHandle Model = {};                   // null until opened
     int32_t ImportStatus = StatusOk;          // the run's one failure mark; never set back
     std::vector<EntitiesHandle> OpenEntities; // the lists being walked, from the model's own down
+    uint64_t ListsTooDeep = 0;                // left out beyond NestingLimit, once for each way to them
+    uint64_t ListsInsideThemselves = 0;       // left out, likewise
 
     // Brings the library up.
     ModelImporter();

@@ -38,12 +38,21 @@ bool OutputFile::Write(const void* bytes, uint32_t size) {
             break;
         }
         written += static_cast<uint32_t>(count);
+        // A call whose flush of earlier bytes fails may still take all of its own.
+        if (std::ferror(Stream) != 0) {
+            return false;
+        }
     }
     return written == size;
 }
 
 bool OutputFile::Flush() {
-    return Stream != nullptr && std::fflush(Stream) == 0;
+    if (Stream == nullptr) {
+        return false;
+    }
+    const bool sent = std::fflush(Stream) == 0 && std::ferror(Stream) == 0;
+    std::clearerr(Stream);
+    return sent;
 }
 
 void OutputFile::Close() {

@@ -1,0 +1,17 @@
+// Standard output as a stream of bytes, and the reasons of failed calls: the same on every system.
+#include "platform/Platform.h"
+
+#include <cerrno>
+
+int FailureReason() {
+    return errno != 0 ? errno : EIO;
+}
+
+int PrintBytes(std::string_view bytes) {
+    errno = 0;
+    // Both are tried: what the stream takes before a failure still goes out.
+    const int writing =
+        std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() ? 0 : FailureReason();
+    const int flushing = std::fflush(stdout) == 0 ? 0 : FailureReason();
+    return writing != 0 ? writing : flushing;
+}
