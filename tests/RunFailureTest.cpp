@@ -331,7 +331,10 @@ TEST(RunFailure, AListInsideItselfIsLeftOut) {
     script["definitions"][0]["instances"] = List({instance, instance, {{"definition", 1}}});
     script["definitions"][1]["instances"] = List({instance});
     script["entities"]["instances"] = List({instance, instance});
-    EXPECT_EQ(Shape(Convert(script)), "Default:2 [Default:2 [Default:2]] [Default:2 [Default:2]]");
+    ScriptedRun run;
+    run.ExpectedErrors = "orvane: groups and component instances left out, nested in themselves: 6\n";
+    RunScript(run, script);
+    EXPECT_EQ(Shape(SceneOf(run)), "Default:2 [Default:2 [Default:2]] [Default:2 [Default:2]]");
 }
 
 TEST(RunFailure, ListsAreWalkedDownToTheLimit) {
@@ -344,7 +347,11 @@ TEST(RunFailure, ListsAreWalkedDownToTheLimit) {
     }
     script["definitions"].back().erase("instances");
     script["entities"]["instances"] = List({{{"definition", 0}}});
-    EXPECT_EQ(Convert(script).Nodes.size(), 2 * limit - 1);
+    ScriptedRun run;
+    run.ExpectedErrors =
+        "orvane: groups and component instances left out, nested more than 1024 levels deep: 1\n";
+    RunScript(run, script);
+    EXPECT_EQ(SceneOf(run).Nodes.size(), 2 * limit - 1);
 }
 
 // Counts that are allowed but not to be had: no memory is no failed call.

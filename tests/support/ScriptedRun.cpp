@@ -76,6 +76,7 @@ void RunScript(ScriptedRun& run, const Json& script) {
                              .Environment = {{"ORVANE_SCRIPTED_RECORD", record.string()}},
                              .MemoryLimit = run.MemoryLimit,
                              .Unprivileged = run.Unprivileged});
+    std::erase(run.Result.Errors, '\r'); // Standard error output has the system's line ends.
     run.Calls.clear();
     ReadCalls(run, record);
     // A sanitizer says first which request for memory it has refused.
