@@ -46,7 +46,10 @@ int WriteWholeFile(const std::u16string& path, std::string_view bytes) {
     if (file == nullptr) {
         return FailureReason();
     }
-    const int writing = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() ? 0 : FailureReason();
+    // Not every system's fclose reports buffered bytes that don't go out.
+    const bool written =
+        std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && std::fflush(file) == 0;
+    const int writing = written ? 0 : FailureReason();
     const int closing = std::fclose(file) == 0 ? 0 : FailureReason();
     return writing != 0 ? writing : closing;
 }

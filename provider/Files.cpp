@@ -36,9 +36,9 @@ bool WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) 
     if (file == nullptr) {
         return false;
     }
+    // Not every system's fclose reports buffered bytes that don't go out.
     const bool written =
-        bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    // Buffered bytes can still fail to go out here.
+        std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() && std::fflush(file) == 0;
     return std::fclose(file) == 0 && written;
 }
 

@@ -114,8 +114,8 @@ void ImportMaterials(ModelImporter& importer) {
     if (importer.ImportStatus != StatusOk) {
         return;
     }
-    // Its source texture name stays empty: an image without a name looks for the empty one, finds this row
-    // and stays plain, so that no picture is written for it.
+    // Its source texture name stays empty: an image without a name looks for the empty one, finds this
+    // row and stays plain, so that no picture is written for it.
     MaterialEntry defaultRow;
     defaultRow.Name = u"Default";
     AppendRow(importer, std::move(defaultRow));

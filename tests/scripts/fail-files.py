@@ -18,7 +18,7 @@ EARLIER = b"an earlier file"
 OPENED = re.compile(r'open\w*\(.*?"([^"]+)", O_WRONLY.*?= \d+<([^>]+)>')
 WRITTEN = re.compile(r"write\w*\(\d+<([^>]+)>")
 # Leaks are not looked for, which a tracer makes impossible.
-ENVIRONMENT = dict(os.environ, ASAN_OPTIONS="detect_leaks=0")
+ENVIRONMENT = dict(os.environ, ASAN_OPTIONS="detect_leaks=0", LC_ALL="C.UTF-8")
 
 
 class Run:
@@ -37,7 +37,7 @@ class Run:
             options += ["-e", f"inject={calls}:error={error}:when={when}"] if target else []
             with open(os.path.join(self.folder, "output"), "wb") as output:
                 process = subprocess.run(
-                    ["strace", "-f", "-qq", "-y", "-o", trace, "-e", "trace=" + ",".join(CALLS.values()), *options,
+                    ["strace", "-f", "--seccomp-bpf", "-qq", "-y", "-o", trace, "-e", "trace=" + ",".join(CALLS.values()), *options,
                      *prefix, str(programs / (command[0] + ending)), *command[1:]],
                     cwd=self.folder, env=ENVIRONMENT, stdin=subprocess.DEVNULL, stdout=output,
                     stderr=subprocess.PIPE, timeout=300)
