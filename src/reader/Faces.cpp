@@ -1,7 +1,6 @@
 // Face extraction.
 #include "reader/Faces.h"
 
-#include "reader/EntityWalk.h"
 #include "reader/Textures.h"
 
 #include <cmath>
@@ -61,8 +60,8 @@ TextureScale ReadScale(const SideMaterial& side) {
 }
 
 int32_t MaterialIndexOf(const ModelImporter& importer, MaterialHandle material) {
-    const int32_t row = FindMaterial(importer.MaterialRows, material);
-    return row >= 0 ? row : DefaultMaterialIndex;
+    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    return row != NoRow ? row : DefaultMaterialIndex;
 }
 
 using ReadTriples = int32_t (*)(MeshHelperHandle, uint64_t, double[][3], uint64_t*);
@@ -181,7 +180,7 @@ void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, Polygo
         *vertex++ = b;
         *vertex++ = keepsOrder ? c : a;
     }
-    WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(side.MaterialIndex)]);
+    WriteMaterialTexture(importer, importer.MaterialTable.Rows[static_cast<size_t>(side.MaterialIndex)]);
 }
 
 void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons,
@@ -196,7 +195,7 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
             continue;
         }
         const MaterialHandle inherited =
-            importer.MaterialTable[static_cast<size_t>(inheritedIndex)].Material;
+            importer.MaterialTable.Rows[static_cast<size_t>(inheritedIndex)].Material;
         const SideMaterial frontMaterial = FrontMaterial(face, inherited);
         const SideMaterial backMaterial = BackMaterial(face, inherited, inheritedIndex, frontMaterial);
         UVHelperHandle uvHelper = {};

@@ -1,5 +1,5 @@
 // Path operations: splitting, directories, folding of case. The same on every system.
-#include "tool/Paths.h"
+#include "run/Paths.h"
 
 #include "platform/Platform.h"
 
@@ -16,8 +16,8 @@ bool IsSeparator(char16_t unit) {
 } // namespace
 
 PathParts SplitPath(std::u16string_view path) {
-    // Each drive has a current directory of its own, and C:b is the file b there: a drive and a name, and no
-    // directory between them.
+    // Each drive has a current directory of its own, and C:b is the file b there: a drive and a name,
+    // and no directory between them.
     const size_t driveLength = path.size() >= 2 && path[1] == u':' ? 2 : 0;
     const size_t lastSeparator = path.find_last_of(u"\\/");
     const size_t nameStart =
@@ -70,8 +70,8 @@ void MakeDirectories(const char16_t* path) {
     if (!parts.Directory.empty()) {
         MakeDirectories(std::u16string(parts.Drive).append(parts.Directory).c_str());
     }
-    // A name that begins with its only dot is all extension, as file names such as .cache are split: a last
-    // level like that counts as the name of a file, and no directory is made of it.
+    // A name that begins with its only dot is all extension, as file names such as .cache are split: a
+    // last level like that counts as the name of a file, and no directory is made of it.
     if (parts.BaseName.empty()) {
         return;
     }
