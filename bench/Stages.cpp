@@ -5,7 +5,7 @@
 // ours; the counters give nanoseconds per vertex or byte of both, and "ratio" is ours to the peer's.
 #include "City.h"
 #include "mesh/AddMeshes.h"
-#include "mesh/ImportGeometry.h"
+#include "mesh/AddPolygons.h"
 #include "mesh/WeldVertices.h"
 #include "output/SceneFile.h"
 

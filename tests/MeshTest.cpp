@@ -1,6 +1,6 @@
 // From polygons to meshes: batching, welding on both paths, splitting at the limit.
 #include "mesh/AddMeshes.h"
-#include "mesh/ImportGeometry.h"
+#include "mesh/AddPolygons.h"
 #include "mesh/WeldVertices.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // Paths, directories, text conversion and log lines.
 #include "platform/Platform.h"
 #include "support/Files.h"
-#include "tool/Log.h"
-#include "tool/Paths.h"
+#include "run/Log.h"
+#include "run/Paths.h"
 
 #include <gtest/gtest.h>
 

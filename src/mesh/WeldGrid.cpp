@@ -2,8 +2,6 @@
 // cells decide results.
 #include "mesh/WeldGrid.h"
 
-#include "mesh/WeldVertices.h"
-
 #include <algorithm>
 #include <cassert>
 #include <cmath>
@@ -52,6 +50,18 @@ bool Holds(const CellRange& range, int32_t cell) {
 }
 
 } // namespace
+
+void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count) {
+    // In the way of ExtendBox, and the box in registers. The order of the arguments leaves the box as it
+    // is where a coordinate is equal or not a number.
+    BoundingBox b = box;
+    for (int32_t i = 0; i < count; ++i) {
+        const Vec3& p = vertices[i].Position;
+        b.Min = {std::min(b.Min.X, p.X), std::min(b.Min.Y, p.Y), std::min(b.Min.Z, p.Z)};
+        b.Max = {std::max(b.Max.X, p.X), std::max(b.Max.Y, p.Y), std::max(b.Max.Z, p.Z)};
+    }
+    box = b;
+}
 
 WeldGrid MakeWeldGrid(const std::vector<Vertex>& vertices, float tolerance) {
     BoundingBox box = EmptyBox;

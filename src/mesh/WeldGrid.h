@@ -37,6 +37,9 @@ struct SearchBox {
     CellRange Z;
 };
 
+// Takes the positions of count vertices into the box.
+void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count);
+
 WeldGrid MakeWeldGrid(const std::vector<Vertex>& vertices, float tolerance);
 
 SearchBox SearchBoxOf(const WeldGrid& grid, const Vec3& position);

@@ -1,8 +1,6 @@
 // Making, growing and filling the index.
 #include "mesh/WeldIndex.h"
 
-#include "mesh/WeldVertices.h"
-
 #include <algorithm>
 #include <cassert>
 #include <utility>

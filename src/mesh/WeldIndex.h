@@ -29,6 +29,8 @@ using Place = uint64_t;
 using VertexPlaces = std::array<Place, FloatsPerVertex>;
 constexpr int ToleranceBits = 14;
 
+constexpr float LargestWeldTolerance = 1; // far above any use
+
 // How far apart the places of two floats are at most that differ by less than the tolerance. Rounding
 // moves each by up to half a unit.
 constexpr Place PlaceReach = (Place{1} << ToleranceBits) + 2;

@@ -199,18 +199,6 @@ void WeldPool(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance,
 
 } // namespace
 
-void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count) {
-    // In the way of ExtendBox, and the box in registers. The order of the arguments leaves the box as it
-    // is where a coordinate is equal or not a number.
-    BoundingBox b = box;
-    for (int32_t i = 0; i < count; ++i) {
-        const Vec3& p = vertices[i].Position;
-        b.Min = {std::min(b.Min.X, p.X), std::min(b.Min.Y, p.Y), std::min(b.Min.Z, p.Z)};
-        b.Max = {std::max(b.Max.X, p.X), std::max(b.Max.Y, p.Y), std::max(b.Max.Z, p.Z)};
-    }
-    box = b;
-}
-
 void WeldVerticesBruteForce(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance) {
     WeldPool(pool, indices, tolerance, WeldOneByOne);
 }

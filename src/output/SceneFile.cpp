@@ -76,11 +76,11 @@ void SetNodeName(NodeRecord& record, const std::u16string& name) {
 } // namespace
 
 bool WriteMesh(const SceneMesh& mesh, OutputFile& file, const MaterialTable& materials) {
-    assert(mesh.MaterialIndex >= 0 && static_cast<size_t>(mesh.MaterialIndex) < materials.size());
+    assert(mesh.MaterialIndex >= 0 && static_cast<size_t>(mesh.MaterialIndex) < materials.Rows.size());
     MeshRecord record;
     record.VertexCount = static_cast<int32_t>(mesh.Vertices.size());
     record.TriangleCount = static_cast<int32_t>(mesh.Indices.size()) / 3;
-    const MaterialEntry& entry = materials[static_cast<size_t>(mesh.MaterialIndex)];
+    const MaterialEntry& entry = materials.Rows[static_cast<size_t>(mesh.MaterialIndex)];
     return WriteRecord(file, record) && WriteRecord(file, MakeMaterialRecord(entry)) &&
            WriteText(file, entry.Name) && WriteText(file, entry.RelativePath) &&
            WriteArray(file, mesh.Vertices) && WriteZeros(file, mesh.Vertices.size()) &&

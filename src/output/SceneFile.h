@@ -1,9 +1,9 @@
 // Writing the scene file.
 #pragma once
 
-#include "scene/MaterialEntry.h"
+#include "run/MaterialTable.h"
+#include "run/OutputFile.h"
 #include "scene/SceneNode.h"
-#include "tool/OutputFile.h"
 
 // Writes the whole file to an open stream and sends it to the system: header, then the tree depth first,
 // each mesh with its material in front. Expects a baked tree whose meshes refer to rows of the table.

@@ -1,7 +1,9 @@
 // The entity walk: groups and component instances, depth first.
 #include "reader/EntityWalk.h"
 
-#include "mesh/ImportGeometry.h"
+#include "mesh/AddPolygons.h"
+#include "reader/Faces.h"
+#include "reader/Images.h"
 #include "reader/LibraryReading.h"
 
 #include <algorithm>
@@ -15,8 +17,8 @@ int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle
     if (IsNull(element) || SUDrawingElementGetMaterial(element, &material) != 0) {
         return inheritedIndex;
     }
-    const int32_t row = FindMaterial(importer.MaterialRows, material);
-    return row >= 0 ? row : inheritedIndex;
+    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    return row != NoRow ? row : inheritedIndex;
 }
 
 // Whether a list may be walked beneath those that are open. One that is open already would never end,
@@ -48,6 +50,19 @@ void AddChildNode(ModelImporter& importer, EntitiesHandle entities, DrawingEleme
     if (content != nullptr) {
         transformNode.Children.Append(std::move(content));
     }
+}
+
+// Appends the meshes of a list's own images and faces to its node. What was gathered before a failed
+// texture becomes meshes all the same.
+void ImportGeometry(ModelImporter& importer, EntitiesHandle entities, SceneNode& node,
+                    int32_t inheritedIndex) {
+    if (importer.ImportStatus != StatusOk) {
+        return;
+    }
+    PolygonList polygons;
+    ImportImages(importer, entities, polygons);
+    ImportFaces(importer, entities, polygons, inheritedIndex);
+    AddPolygons(node, polygons);
 }
 
 void ImportGroups(ModelImporter& importer, EntitiesHandle entities, SceneNode& parent,
@@ -124,30 +139,4 @@ std::unique_ptr<SceneNode> ImportEntities(ModelImporter& importer, EntitiesHandl
     ImportInstances(importer, entities, *node, inheritedIndex);
     importer.OpenEntities.pop_back();
     return node;
-}
-
-Matrix4 ConvertTransform(const double transform[TransformValues]) {
-    // Where each element comes from: rows 1 and 2 exchanged, and columns 1 and 2 of the first three.
-    constexpr int source[TransformValues] = {0, 2, 1, 3, 8, 10, 9, 7, 4, 6, 5, 11, 12, 14, 13, 15};
-    Matrix4 matrix;
-    for (int i = 0; i < TransformValues; ++i) {
-        matrix.M[i] = static_cast<float>(transform[source[i]]);
-    }
-    return matrix;
-}
-
-bool IsExcludedByLayer(DrawingElementHandle element) {
-    if (IsNull(element)) {
-        return false;
-    }
-    uint8_t hidden = 0;
-    if (SUDrawingElementGetHidden(element, &hidden) != 0 || hidden != 0) {
-        return false;
-    }
-    LayerHandle layer = {};
-    if (SUDrawingElementGetLayer(element, &layer) != 0) {
-        return false;
-    }
-    uint8_t visible = 1;
-    return SULayerGetVisibility(layer, &visible) == 0 && visible == 0;
 }

@@ -6,18 +6,9 @@
 #pragma once
 
 #include "reader/SketchUpAPI.h"
-#include "tool/ModelImporter.h"
-
+#include "run/ModelImporter.h"
 
 // The content node of a list: its own faces and images, then its groups, then its instances, depth
 // first. Null if the run has failed before; also given, incomplete, when it fails on the way.
 std::unique_ptr<SceneNode> ImportEntities(ModelImporter& importer, EntitiesHandle entities,
                                           std::u16string name, int32_t inheritedIndex);
-
-// A transformation of the model, translation in 12 to 14, as a matrix of the scene. Values are rounded
-// to floats first; Y and Z are exchanged in rows and columns, and the fourth column keeps its place.
-Matrix4 ConvertTransform(const double transform[TransformValues]);
-
-// Whether an element is left out: its layer is invisible and it isn't hidden itself. A null element, and
-// one about which a query fails, stays in.
-bool IsExcludedByLayer(DrawingElementHandle element);

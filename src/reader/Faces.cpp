@@ -1,7 +1,6 @@
 // Face extraction.
 #include "reader/Faces.h"
 
-#include "reader/EntityWalk.h"
 #include "reader/Textures.h"
 
 #include <cmath>
@@ -61,8 +60,8 @@ TextureScale ReadScale(const SideMaterial& side) {
 }
 
 int32_t MaterialIndexOf(const ModelImporter& importer, MaterialHandle material) {
-    const int32_t row = FindMaterial(importer.MaterialRows, material);
-    return row >= 0 ? row : DefaultMaterialIndex;
+    const int32_t row = FindMaterial(importer.MaterialTable, material);
+    return row != NoRow ? row : DefaultMaterialIndex;
 }
 
 using ReadTriples = int32_t (*)(MeshHelperHandle, uint64_t, double[][3], uint64_t*);
@@ -141,14 +140,16 @@ bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& s
            returned == indexCount && IndicesAreSound(mesh.Indices, vertexCount);
 }
 
-// The normal of a triangle as its corners turn, for the winding test. Too small a triangle gets (0, 1,
-// 0).
-Vec3 WindingNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
+// The normal of a triangle towards the side from which a, b, c turn clockwise: (a - c) x (c - b), the
+// reverse of what the right-hand rule gives. Serves KeepsOrder alone. It is normalised twice because
+// Normalize leaves a short vector as it is: a triangle almost without area gets (0, 1, 0), and one
+// exactly at the threshold stays short. The second sum has an order of its own; since every rounding
+// counts towards the sign of a product near zero, neither step can stand for both.
+Vec3 ReversedNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
     const Vec3 e1 = {a.X - c.X, a.Y - c.Y, a.Z - c.Z};
     const Vec3 e2 = {c.X - b.X, c.Y - b.Y, c.Z - b.Z};
     Vec3 n = {e1.Y * e2.Z - e1.Z * e2.Y, e1.Z * e2.X - e1.X * e2.Z, e1.X * e2.Y - e1.Y * e2.X};
     Normalize(n);
-    // Once more, with another order of the sum, and with an answer for a vector that is too short.
     const float length = std::sqrt((n.Y * n.Y + n.X * n.X) + n.Z * n.Z);
     if (static_cast<double>(length) > LengthThreshold) {
         const float inverse = 1.0f / length;
@@ -157,6 +158,14 @@ Vec3 WindingNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
         n = {0, 1, 0};
     }
     return n;
+}
+
+// The winding test: whether a, b, c already turn by the right-hand rule about the plane normal. If not,
+// or if that can't be said, the triangle is stored as c, b, a.
+bool KeepsOrder(const Vertex& a, const Vertex& b, const Vertex& c, const Vec3& planeNormal) {
+    const Vec3 n = ReversedNormal(a.Position, b.Position, c.Position);
+    const Vec3& p = planeNormal;
+    return (n.Y * p.Y + n.X * p.X) + n.Z * p.Z < 0.0f;
 }
 
 } // namespace
@@ -171,17 +180,16 @@ void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, Polygo
         const auto corner = [&mesh, i](size_t which) -> const Vertex& {
             return mesh.Vertices[static_cast<uint32_t>(mesh.Indices.Elements[i + which])];
         };
+        // Indices turn as the front does, so the back takes them from the other end.
         const Vertex& a = corner(side.IsFront ? 0 : 2);
         const Vertex& b = corner(1);
         const Vertex& c = corner(side.IsFront ? 2 : 0);
-        const Vec3 n = WindingNormal(a.Position, b.Position, c.Position);
-        const Vec3& p = side.PlaneNormal;
-        const bool keepsOrder = (n.Y * p.Y + n.X * p.X) + n.Z * p.Z < 0.0f;
+        const bool keepsOrder = KeepsOrder(a, b, c, side.PlaneNormal);
         *vertex++ = keepsOrder ? a : c;
         *vertex++ = b;
         *vertex++ = keepsOrder ? c : a;
     }
-    WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(side.MaterialIndex)]);
+    WriteMaterialTexture(importer, importer.MaterialTable.Rows[static_cast<size_t>(side.MaterialIndex)]);
 }
 
 void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons,
@@ -196,7 +204,7 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
             continue;
         }
         const MaterialHandle inherited =
-            importer.MaterialTable[static_cast<size_t>(inheritedIndex)].Material;
+            importer.MaterialTable.Rows[static_cast<size_t>(inheritedIndex)].Material;
         const SideMaterial frontMaterial = FrontMaterial(face, inherited);
         const SideMaterial backMaterial = BackMaterial(face, inherited, inheritedIndex, frontMaterial);
         UVHelperHandle uvHelper = {};

@@ -3,7 +3,7 @@
 
 #include "reader/LibraryReading.h"
 #include "reader/SketchUpAPI.h"
-#include "tool/ModelImporter.h"
+#include "run/ModelImporter.h"
 
 // The factors that turn coordinates in model units into texture coordinates.
 struct TextureScale {

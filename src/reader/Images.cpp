@@ -1,11 +1,10 @@
 // Image extraction.
 #include "reader/Images.h"
 
-#include "reader/EntityWalk.h"
 #include "reader/LibraryReading.h"
 #include "reader/Materials.h"
 #include "reader/Textures.h"
-#include "tool/Paths.h"
+#include "run/Paths.h"
 
 #include <array>
 
@@ -14,8 +13,8 @@ namespace {
 // The row of a picture's file name: the first that has the name as its key, of a material or of an
 // image, or a new one.
 int32_t ImageMaterialIndex(ModelImporter& importer, ImageHandle image, const std::u16string& key) {
-    const int32_t row = FindSource(importer, key);
-    if (row >= 0) {
+    const int32_t row = FindSource(importer.MaterialTable, key);
+    if (row != NoRow) {
         return row;
     }
     TexturePaths paths = NextTexturePaths(importer);
@@ -25,7 +24,7 @@ int32_t ImageMaterialIndex(ModelImporter& importer, ImageHandle image, const std
     entry.RelativePath = std::move(paths.RelativePath);
     entry.SourceTextureName = key;
     entry.Image = image;
-    return AppendRow(importer, std::move(entry));
+    return AppendRow(importer.MaterialTable, std::move(entry));
 }
 
 // Size of a picture. [Units: pixels]
@@ -87,7 +86,7 @@ void ImportImages(ModelImporter& importer, EntitiesHandle entities, PolygonList&
         }
         const std::u16string key = FileNameOf(ReadText(image, SUImageGetFileName));
         const int32_t row = ImageMaterialIndex(importer, image, key);
-        WriteMaterialTexture(importer, importer.MaterialTable[static_cast<size_t>(row)]);
+        WriteMaterialTexture(importer, importer.MaterialTable.Rows[static_cast<size_t>(row)]);
         double transform[TransformValues] = {};
         if (SUImageGetTransform(image, transform) != 0) {
             return;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "reader/SketchUpAPI.h"
-#include "tool/ModelImporter.h"
+#include "run/ModelImporter.h"
 
 // Appends two quads for each visible image of the list, a front and a back that faces the other way, in
 // the coordinates of the list, Y up, with the row of the picture's file name, which is found or made

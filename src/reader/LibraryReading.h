@@ -1,7 +1,9 @@
-// The two fixed sequences in which lists and texts are read from the library.
+// What all readers share: the two fixed sequences in which lists and texts are read from the library,
+// and transformations, layers and paths on their way in and out.
 #pragma once
 
 #include "reader/SketchUpAPI.h"
+#include "scene/Matrix.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 
 // The most elements of one list. A greater count is taken for a failed call, before memory is asked for.
@@ -84,3 +87,15 @@ template <class Owner> std::u16string ReadText(Owner owner, int32_t (*getText)(O
     SUStringRelease(&string);
     return buffer;
 }
+
+// A transformation of the model, translation in 12 to 14, as a matrix of the scene. Values are rounded
+// to floats first; Y and Z are exchanged in rows and columns, and the fourth column keeps its place.
+Matrix4 ConvertTransform(const double transform[TransformValues]);
+
+// Whether an element is left out: its layer is invisible and it isn't hidden itself. A null element, and
+// one about which a query fails, stays in.
+bool IsExcludedByLayer(DrawingElementHandle element);
+
+// A path as the library takes it: UTF-8, otherwise as it stands. Nothing if it doesn't fit the library's
+// limit: such a path is never handed on, and the call that needed it counts as failed.
+std::optional<std::string> LibraryPath(const std::u16string& path);

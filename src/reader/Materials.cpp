@@ -3,13 +3,12 @@
 
 #include "reader/LibraryReading.h"
 #include "reader/SketchUpAPI.h"
-#include "tool/Log.h"
-#include "tool/Paths.h"
+#include "run/Log.h"
+#include "run/Paths.h"
 
 namespace {
 
 constexpr uint32_t OpaqueAlpha = 0xFF000000;
-constexpr uint32_t ColorBytes = 0x00FFFFFF;
 constexpr uint32_t WhiteOpaque = 0xFFFFFFFF;
 
 // Truncates to a signed 32-bit integer as processors do: what doesn't fit becomes the lowest one.
@@ -40,14 +39,6 @@ uint32_t ReadColor(MaterialHandle material) {
     return ReadAlpha(material) | color;
 }
 
-// The key by which textured materials share a picture file.
-std::u16string SourceAndColor(std::u16string_view sourceTextureName, uint32_t color) {
-    std::u16string key = FoldCase(sourceTextureName);
-    key += static_cast<char16_t>((color & ColorBytes) >> 16);
-    key += static_cast<char16_t>(color & 0xFFFF);
-    return key;
-}
-
 void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     TextureHandle texture = {};
     const bool hasTexture = SUMaterialGetTexture(material, &texture) == 0;
@@ -58,15 +49,14 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     SUMaterialGetType(material, &type);
 
     // A null handle meets the default row here, which holds none.
-    if (IsNull(material) || FindMaterial(importer.MaterialRows, material) >= 0) {
+    if (IsNull(material) || FindMaterial(importer.MaterialTable, material) != NoRow) {
         return;
     }
     if (hasTexture && (type == MaterialTypeTextured || type == MaterialTypeColorized)) {
         entry.SourceTextureName = ReadText(texture, SUTextureGetFileName);
-        const auto& rows = importer.MaterialRows.BySourceAndColor;
-        const auto found = rows.find(SourceAndColor(entry.SourceTextureName, entry.Color));
-        if (found != rows.end()) {
-            const MaterialEntry& shared = importer.MaterialTable[static_cast<size_t>(found->second)];
+        const int32_t row = FindPicture(importer.MaterialTable, entry.SourceTextureName, entry.Color);
+        if (row != NoRow) {
+            const MaterialEntry& shared = importer.MaterialTable.Rows[static_cast<size_t>(row)];
             entry.OutputPath = shared.OutputPath;
             entry.RelativePath = shared.RelativePath;
         } else {
@@ -77,7 +67,7 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     }
     entry.Name = ReadText(material, SUMaterialGetName);
     entry.OutputFileName = FileNameOf(entry.OutputPath);
-    AppendRow(importer, std::move(entry));
+    AppendRow(importer.MaterialTable, std::move(entry));
 }
 
 } // namespace
@@ -92,24 +82,6 @@ TexturePaths NextTexturePaths(ModelImporter& importer) {
             .RelativePath = compose(importer.RelativeDirectory)};
 }
 
-int32_t AppendRow(ModelImporter& importer, MaterialEntry entry) {
-    const auto row = static_cast<int32_t>(importer.MaterialTable.size());
-    MaterialRows& rows = importer.MaterialRows;
-    // Of rows with the same key the first stays entered.
-    rows.ByMaterial.emplace(entry.Material.Value, row);
-    rows.BySource.emplace(FoldCase(entry.SourceTextureName), row);
-    if (!entry.OutputPath.empty()) {
-        rows.BySourceAndColor.emplace(SourceAndColor(entry.SourceTextureName, entry.Color), row);
-    }
-    importer.MaterialTable.push_back(std::move(entry));
-    return row;
-}
-
-int32_t FindSource(const ModelImporter& importer, std::u16string_view sourceTextureName) {
-    const auto found = importer.MaterialRows.BySource.find(FoldCase(sourceTextureName));
-    return found == importer.MaterialRows.BySource.end() ? -1 : found->second;
-}
-
 void ImportMaterials(ModelImporter& importer) {
     if (importer.ImportStatus != StatusOk) {
         return;
@@ -118,7 +90,7 @@ void ImportMaterials(ModelImporter& importer) {
     // row and stays plain, so that no picture is written for it.
     MaterialEntry defaultRow;
     defaultRow.Name = u"Default";
-    AppendRow(importer, std::move(defaultRow));
+    AppendRow(importer.MaterialTable, std::move(defaultRow));
     for (const MaterialHandle material : ReadList(importer.Model, SUModelGetNumAllMaterials,
                                                   SUModelGetAllMaterials, ReturnedCount::MustMatch)) {
         ImportMaterial(importer, material);

@@ -1,10 +1,10 @@
 // Texture export. Pictures are written during the walk, so only for rows that are used.
 #include "reader/Textures.h"
 
-#include "reader/LibraryPath.h"
+#include "reader/LibraryReading.h"
 #include "reader/SketchUpAPI.h"
-#include "tool/Log.h"
-#include "tool/Messages.h"
+#include "run/Log.h"
+#include "run/Messages.h"
 
 namespace {
 

@@ -1,14 +1,12 @@
-// The table of everything that a surface can look like in this run.
+// One way in which a surface can look.
 #pragma once
 
 #include "reader/Handles.h"
 
 #include <cstdint>
 #include <string>
-#include <unordered_map>
-#include <vector>
 
-// One row. Nothing but Written changes once a row is in the table.
+// One row of the table of materials. Nothing except Written changes once a row is in the table.
 struct MaterialEntry {
     std::u16string Name;         // of the material in the model; "Default" on row 0; empty for an image
     std::u16string OutputPath;   // picture file to write; empty without a texture, as the next two
@@ -20,21 +18,3 @@ struct MaterialEntry {
     MaterialHandle Material = {};     // null on row 0 and for an image
     ImageHandle Image = {};           // null on row 0 and for a material
 };
-
-// Rows are only appended, so an index stays valid to the end of the run; an address does not. Rows may
-// share their name or their file.
-using MaterialTable = std::vector<MaterialEntry>;
-
-constexpr int32_t DefaultMaterialIndex = 0;
-
-// Where to find rows without walking the table: the first row of each material handle, of each source
-// texture name, and of each source texture name with a colour among those with a picture file. Names are
-// folded to lower case, colours without alpha stand behind them.
-struct MaterialRows {
-    std::unordered_map<uint64_t, int32_t> ByMaterial;
-    std::unordered_map<std::u16string, int32_t> BySource;
-    std::unordered_map<std::u16string, int32_t> BySourceAndColor;
-};
-
-// The row of a material, or -1. A null handle has none.
-int32_t FindMaterial(const MaterialRows& rows, MaterialHandle material);

@@ -46,74 +46,111 @@ void TransformNormal(const Matrix4& m, Vec3& n) {
     Normalize(n);
 }
 
-int Invert(Matrix4& m) {
-    Matrix4 work = m;
-    const auto element = [&work](int row, int column) -> float& {
-        return work.M[4 * row + column];
-    };
-    int pivotCount[4] = {};
-    int pivotRows[4] = {};
-    int pivotColumns[4] = {};
-    int pivotRow = 0;
-    int pivotColumn = 0;
-    for (int step = 0; step < 4; ++step) {
-        // The last of equal maxima wins. Where nothing is found, as among values that are not numbers,
-        // the pivot of the step before stands and the next search ends the elimination.
-        float big = 0.0f;
-        for (int row = 0; row < 4; ++row) {
-            if (pivotCount[row] == 1) {
-                continue;
-            }
-            for (int column = 0; column < 4; ++column) {
-                if (pivotCount[column] == 0) {
-                    const float value = std::fabs(element(row, column));
-                    if (value >= big) {
-                        big = value;
-                        pivotRow = row;
-                        pivotColumn = column;
-                    }
-                } else if (pivotCount[column] > 1) {
-                    return 1;
-                }
-            }
-        }
-        ++pivotCount[pivotColumn];
-        if (pivotRow != pivotColumn) {
-            for (int column = 0; column < 4; ++column) {
-                std::swap(element(pivotRow, column), element(pivotColumn, column));
-            }
-        }
-        pivotRows[step] = pivotRow;
-        pivotColumns[step] = pivotColumn;
+namespace {
 
-        const float pivot = element(pivotColumn, pivotColumn);
-        if (pivot == 0.0f) {
+// A matrix in the middle of its elimination.
+struct Elimination {
+    Matrix4 Work;
+    int UseCount[4] = {}; // how often each column has been the pivot's
+    int PivotRow = 0;     // as the pivot was found, before its row was moved to the diagonal
+    int PivotColumn = 0;
+
+    float& At(int row, int column) {
+        return Work.M[4 * row + column];
+    }
+};
+
+// Finds the element of the largest magnitude among the rows and columns not yet used, of equal ones the
+// last. Where nothing is found, as among values that are not numbers, the pivot of the step before
+// stands, and the next search ends the elimination: it meets a column used twice and gives false.
+bool FindPivot(Elimination& elimination) {
+    float largest = 0.0f;
+    for (int row = 0; row < 4; ++row) {
+        if (elimination.UseCount[row] == 1) {
+            continue;
+        }
+        for (int column = 0; column < 4; ++column) {
+            if (elimination.UseCount[column] > 1) {
+                return false;
+            }
+            const float magnitude = std::fabs(elimination.At(row, column));
+            if (elimination.UseCount[column] == 0 && magnitude >= largest) {
+                largest = magnitude;
+                elimination.PivotRow = row;
+                elimination.PivotColumn = column;
+            }
+        }
+    }
+    return true;
+}
+
+void SwapRows(Elimination& elimination, int a, int b) {
+    for (int column = 0; a != b && column < 4; ++column) {
+        std::swap(elimination.At(a, column), elimination.At(b, column));
+    }
+}
+
+void SwapColumns(Elimination& elimination, int a, int b) {
+    for (int row = 0; a != b && row < 4; ++row) {
+        std::swap(elimination.At(row, a), elimination.At(row, b));
+    }
+}
+
+// Divides the pivot's row by the pivot, whose place takes the row's share of the inverse. False for a
+// pivot of 0.
+bool ScalePivotRow(Elimination& elimination) {
+    const int pivot = elimination.PivotColumn;
+    const float value = elimination.At(pivot, pivot);
+    if (value == 0.0f) {
+        return false;
+    }
+    elimination.At(pivot, pivot) = 1.0f;
+    const float inverse = 1.0f / value;
+    for (int column = 0; column < 4; ++column) {
+        elimination.At(pivot, column) *= inverse;
+    }
+    return true;
+}
+
+// Subtracts multiples of the pivot's row so that the other rows have 0 in its column.
+void ClearPivotColumn(Elimination& elimination) {
+    const int pivot = elimination.PivotColumn;
+    for (int row = 0; row < 4; ++row) {
+        if (row == pivot) {
+            continue;
+        }
+        const float factor = elimination.At(row, pivot);
+        elimination.At(row, pivot) = 0.0f;
+        for (int column = 0; column < 4; ++column) {
+            elimination.At(row, column) -= factor * elimination.At(pivot, column);
+        }
+    }
+}
+
+} // namespace
+
+int Invert(Matrix4& m) {
+    Elimination elimination = {.Work = m};
+    int rows[4] = {};
+    int columns[4] = {};
+    for (int step = 0; step < 4; ++step) {
+        if (!FindPivot(elimination)) {
             return 1;
         }
-        element(pivotColumn, pivotColumn) = 1.0f;
-        const float inverse = 1.0f / pivot;
-        for (int column = 0; column < 4; ++column) {
-            element(pivotColumn, column) *= inverse;
+        rows[step] = elimination.PivotRow;
+        columns[step] = elimination.PivotColumn;
+        ++elimination.UseCount[columns[step]];
+        SwapRows(elimination, rows[step], columns[step]);
+        if (!ScalePivotRow(elimination)) {
+            return 1;
         }
-        for (int row = 0; row < 4; ++row) {
-            if (row == pivotColumn) {
-                continue;
-            }
-            const float factor = element(row, pivotColumn);
-            element(row, pivotColumn) = 0.0f;
-            for (int column = 0; column < 4; ++column) {
-                element(row, column) -= factor * element(pivotColumn, column);
-            }
-        }
+        ClearPivotColumn(elimination);
     }
+    // Rows that changed places on the way are columns of the inverse that change back.
     for (int step = 3; step >= 0; --step) {
-        if (pivotRows[step] != pivotColumns[step]) {
-            for (int row = 0; row < 4; ++row) {
-                std::swap(element(row, pivotRows[step]), element(row, pivotColumns[step]));
-            }
-        }
+        SwapColumns(elimination, rows[step], columns[step]);
     }
-    m = work;
+    m = elimination.Work;
     return 0;
 }
 

@@ -2,10 +2,10 @@
 #include "platform/Main.h"
 #include "output/SceneFile.h"
 #include "platform/Platform.h"
-#include "tool/Log.h"
-#include "tool/Messages.h"
-#include "tool/ModelImporter.h"
-#include "tool/Paths.h"
+#include "run/Log.h"
+#include "run/Messages.h"
+#include "run/ModelImporter.h"
+#include "run/Paths.h"
 
 #include <cstdio>
 #include <new>

@@ -1,10 +1,10 @@
-// The one object that holds the state of a conversion.
+// The one object that holds the state of a conversion: every stage of a run takes it first.
 #pragma once
 
 #include "reader/Handles.h"
-#include "scene/MaterialEntry.h"
+#include "run/MaterialTable.h"
+#include "run/OutputFile.h"
 #include "scene/SceneNode.h"
-#include "tool/OutputFile.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,16 +18,15 @@ constexpr int32_t StatusSceneNotWritten = 11; // an exit code only, never stored
 constexpr int32_t StatusTextureNotWritten = 12;
 constexpr int32_t StatusModelNotRead = 13; // or it holds no triangle
 
-// The most lists of entities one inside the other, the model's own included. Whatever follows a tree down
-// calls itself once per level: this many levels take less than 2 MB of the 8 MB of stack, and people
-// nest a few dozen at the most.
+// The most lists of entities one inside the other, the model's own included. Whatever follows a tree
+// down calls itself once per level: this many levels take less than 2 MB of the 8 MB of stack, and
+// people nest a few dozen at the most.
 constexpr size_t NestingLimit = 1024;
 
 struct ModelImporter {
     OutputFile LogFile;                       // stays closed if the log can't be opened
     std::unique_ptr<::RootHolder> RootHolder; // null before the model is read
     ::MaterialTable MaterialTable;            // row 0 is the default material
-    ::MaterialRows MaterialRows;              // where to find rows of the table
     std::u16string SourceDirectory;           // of the model
     std::u16string OutputDirectory;           // of the scene file: where pictures go
     std::u16string RelativeDirectory;         // put in front of the texture paths in the scene file

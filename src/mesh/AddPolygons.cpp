@@ -1,10 +1,8 @@
 // Polygon batching: polygons of one material become one batch of triangles.
-#include "mesh/ImportGeometry.h"
+#include "mesh/AddPolygons.h"
 
 #include "mesh/AddMeshes.h"
 #include "mesh/WeldVertices.h"
-#include "reader/Faces.h"
-#include "reader/Images.h"
 
 #include <numeric>
 
@@ -19,15 +17,4 @@ void AddPolygons(SceneNode& node, PolygonList& polygons) {
         WeldVertices(pool, indices, WeldTolerance);
         AddMeshes(node, std::move(indices), std::move(pool), materialIndex);
     }
-}
-
-void ImportGeometry(ModelImporter& importer, EntitiesHandle entities, SceneNode& node,
-                    int32_t inheritedIndex) {
-    if (importer.ImportStatus != StatusOk) {
-        return;
-    }
-    PolygonList polygons;
-    ImportImages(importer, entities, polygons);
-    ImportFaces(importer, entities, polygons, inheritedIndex);
-    AddPolygons(node, polygons);
 }

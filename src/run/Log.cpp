@@ -1,8 +1,8 @@
 // Formatting and sending lines of the log.
-#include "tool/Log.h"
+#include "run/Log.h"
 
 #include "platform/Platform.h"
-#include "tool/ModelImporter.h"
+#include "run/ModelImporter.h"
 
 #include <cassert>
 

@@ -1,15 +1,14 @@
-// The two top-level operations of a conversion: opening everything, and ordering the reading.
-#include "tool/ModelImporter.h"
-
+// The course of an import: everything is opened, the model read, and all of it closed again.
 #include "output/Recentre.h"
 #include "platform/Platform.h"
 #include "reader/EntityWalk.h"
-#include "reader/LibraryPath.h"
+#include "reader/LibraryReading.h"
 #include "reader/Materials.h"
 #include "reader/SketchUpAPI.h"
-#include "tool/Log.h"
-#include "tool/Messages.h"
-#include "tool/Paths.h"
+#include "run/Log.h"
+#include "run/Messages.h"
+#include "run/ModelImporter.h"
+#include "run/Paths.h"
 
 // The mark at the start of the log: UTF-16, little-endian.
 static constexpr uint8_t ByteOrderMark[] = {0xFF, 0xFE};

@@ -3,8 +3,8 @@
 
 #include <cinttypes>
 
-// The usage goes to standard output alone, with its own line end. What goes to standard error comes next;
-// the others are lines of the log.
+// The usage goes to standard output alone, with its own line end. What goes to standard error comes
+// next; the others are lines of the log.
 constexpr char16_t MessageUsage[] =
     u"Usage: orvane.exe <src_path> <dest_path> <rel_dest_dir> <log_path>\n";
 

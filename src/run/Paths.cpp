@@ -1,5 +1,5 @@
 // Path operations: splitting, directories, folding of case. The same on every system.
-#include "tool/Paths.h"
+#include "run/Paths.h"
 
 #include "platform/Platform.h"
 

@@ -1,8 +1,8 @@
 // Writing a file in calls of bounded size.
-#include "tool/OutputFile.h"
+#include "run/OutputFile.h"
 
 #include "platform/Platform.h"
-#include "tool/Paths.h"
+#include "run/Paths.h"
 
 #include <algorithm>
 
