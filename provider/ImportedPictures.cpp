@@ -2,9 +2,9 @@
 // names alone, without regard to case.
 #include "provider/ImportedPictures.h"
 
+#include "api/SketchUpAPI.h"
 #include "platform/Platform.h"
 #include "provider/Files.h"
-#include "reader/SketchUpAPI.h"
 
 // UTF-16 units; readers of names cut longer ones off.
 constexpr size_t LongestName = 200;

@@ -1,11 +1,11 @@
 // The model document but for its faces: materials, layers, definitions and the lists of elements.
 #include "provider/ModelDocument.h"
 
+#include "api/SketchUpAPI.h"
 #include "platform/Platform.h"
 #include "provider/DocumentReader.h"
 #include "provider/Files.h"
 #include "provider/Transforms.h"
-#include "reader/SketchUpAPI.h"
 
 #include <algorithm>
 

@@ -9,8 +9,8 @@
 //   bits  0 to 31  index
 #pragma once
 
+#include "api/SketchUpAPI.h"
 #include "provider/Model.h"
-#include "reader/SketchUpAPI.h"
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 // The bridge from the reader to the meshes of a node.
 #pragma once
 
-#include "reader/Handles.h"
+#include "api/Handles.h"
 #include "tool/ModelImporter.h"
 
 // The distance, in every one of a vertex's eight floats, below which vertices are one.

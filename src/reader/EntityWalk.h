@@ -5,7 +5,7 @@
 // material index passed down is the row for whatever beneath has no material of its own.
 #pragma once
 
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 #include "tool/ModelImporter.h"
 
 // The most lists of entities one inside the other, the model's own included. It is many times what

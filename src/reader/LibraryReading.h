@@ -1,7 +1,7 @@
 // The two fixed sequences in which lists and texts are read from the library.
 #pragma once
 
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 
 #include <algorithm>
 #include <cstdint>

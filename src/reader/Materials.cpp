@@ -1,8 +1,8 @@
 // Reading the materials of the model.
 #include "reader/Materials.h"
 
+#include "api/SketchUpAPI.h"
 #include "reader/LibraryReading.h"
-#include "reader/SketchUpAPI.h"
 #include "tool/Log.h"
 #include "tool/Paths.h"
 

@@ -1,8 +1,8 @@
 // Texture export. Pictures are written during the walk, so only for rows that are used.
 #include "reader/Textures.h"
 
+#include "api/SketchUpAPI.h"
 #include "reader/LibraryPath.h"
-#include "reader/SketchUpAPI.h"
 #include "tool/Log.h"
 #include "tool/Messages.h"
 

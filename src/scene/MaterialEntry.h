@@ -1,7 +1,7 @@
 // The table of everything that a surface can look like in this run.
 #pragma once
 
-#include "reader/Handles.h"
+#include "api/Handles.h"
 
 #include <cstdint>
 #include <string>

@@ -1,12 +1,12 @@
 // The two top-level operations of a conversion: opening everything, and ordering the reading.
 #include "tool/ModelImporter.h"
 
+#include "api/SketchUpAPI.h"
 #include "output/Recentre.h"
 #include "platform/Platform.h"
 #include "reader/EntityWalk.h"
 #include "reader/LibraryPath.h"
 #include "reader/Materials.h"
-#include "reader/SketchUpAPI.h"
 #include "tool/Log.h"
 #include "tool/Messages.h"
 #include "tool/Paths.h"

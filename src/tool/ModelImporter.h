@@ -1,7 +1,7 @@
 // The one object that holds the state of a conversion.
 #pragma once
 
-#include "reader/Handles.h"
+#include "api/Handles.h"
 #include "scene/MaterialEntry.h"
 #include "scene/SceneNode.h"
 #include "tool/OutputFile.h"

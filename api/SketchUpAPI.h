@@ -18,7 +18,7 @@
 // - Calls come from one thread, one at a time.
 #pragma once
 
-#include "reader/Handles.h"
+#include "api/Handles.h"
 
 #include <cstdint>
 
