@@ -1,7 +1,7 @@
 // Feeds any bytes to the reader of glTF, binary or text. "p.png" is the one file beside it.
 #include "CheckModel.h"
 #include "FuzzInput.h"
-#include "provider/GltfModel.h"
+#include "provider/gltf/GltfModel.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::span<const uint8_t> bytes(data, size);

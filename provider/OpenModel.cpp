@@ -3,11 +3,11 @@
 #include "provider/OpenModel.h"
 
 #include "platform/Platform.h"
-#include "provider/AssimpModel.h"
 #include "provider/FileFormat.h"
 #include "provider/Files.h"
-#include "provider/GltfModel.h"
-#include "provider/ModelDocument.h"
+#include "provider/assimp/AssimpModel.h"
+#include "provider/document/ModelDocument.h"
+#include "provider/gltf/GltfModel.h"
 
 #include <string_view>
 

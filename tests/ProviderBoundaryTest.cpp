@@ -2,7 +2,7 @@
 #include "ProviderTesting.h"
 
 #include "api/SketchUpAPI.h"
-#include "provider/Picture.h"
+#include "provider/model/Picture.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Model documents: what their keys come to in the model, and what is said about broken ones.
 #include "ProviderTesting.h"
 
-#include "provider/Mapping.h"
+#include "provider/model/Mapping.h"
 
 namespace {
 
