@@ -5,6 +5,8 @@
 // as they are.
 #pragma once
 
+#include "platform/Text.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -15,7 +17,7 @@ constexpr uint32_t InvalidAttributes = 0xFFFFFFFF;
 constexpr uint32_t DirectoryAttribute = 0x10;
 constexpr uint32_t DeviceAttribute = 0x40;
 
-// Opens a file without any translation of bytes: for writing, new or cut to nothing, or for reading.
+// Opens a file without any translation of bytes: for writing, new or emptied, or for reading.
 // Gives null on failure. The caller closes the stream.
 std::FILE* OpenForWriting(const std::u16string& path);
 std::FILE* OpenForReading(const std::u16string& path);
@@ -31,12 +33,6 @@ bool NameOneFile(const std::u16string& a, const std::u16string& b);
 // Creates one directory; a path with closing separators is accepted. Gives false on failure, also where
 // something stands there already.
 bool CreateOneDirectory(const std::u16string& path);
-
-// UTF-16 to UTF-8. Each unpaired surrogate becomes U+FFFD.
-std::string Utf8FromUtf16(std::u16string_view text);
-
-// UTF-8 to UTF-16. Each maximal invalid sequence becomes U+FFFD.
-std::u16string Utf16FromUtf8(std::string_view text);
 
 // UTF-16 to the system's ANSI code page: Windows-1252 on POSIX, with one "?" for each UTF-16 unit that
 // the page lacks.

@@ -1,4 +1,5 @@
 // The POSIX side of the platform layer. Names and output are UTF-8 whatever the locale says.
+#include "platform/Files.h"
 #include "platform/Platform.h"
 
 #include <array>
@@ -9,45 +10,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char32_t ReplacementCharacter = 0xFFFD;
-
-bool IsHighSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(char16_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-void AppendUtf8(std::string& text, char32_t code) {
-    const auto append = [&text](char32_t byte) {
-        text.push_back(static_cast<char>(byte));
-    };
-    if (code < 0x80) {
-        append(code);
-    } else if (code < 0x800) {
-        append(0xC0 | (code >> 6));
-        append(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        append(0xE0 | (code >> 12));
-        append(0x80 | ((code >> 6) & 0x3F));
-        append(0x80 | (code & 0x3F));
-    } else {
-        append(0xF0 | (code >> 18));
-        append(0x80 | ((code >> 12) & 0x3F));
-        append(0x80 | ((code >> 6) & 0x3F));
-        append(0x80 | (code & 0x3F));
-    }
-}
-
-bool IsLetter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
 // The name under which the system knows a path.
 std::string SystemPath(const std::u16string& path) {
     std::string name = Utf8FromUtf16(path);
-    if (name.size() >= 2 && name[1] == ':' && IsLetter(name[0])) {
+    if (HasDrive(path)) {
         name.erase(0, 2);
     }
     for (char& c : name) {
@@ -119,25 +85,6 @@ bool NameOneFile(const std::u16string& a, const std::u16string& b) {
 bool CreateOneDirectory(const std::u16string& path) {
     constexpr mode_t everybody = 0777; // less what the process's mask takes away
     return mkdir(SystemPath(path).c_str(), everybody) == 0;
-}
-
-std::string Utf8FromUtf16(std::u16string_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t unit = text[i];
-        if (IsHighSurrogate(unit) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
-            const char32_t high = unit - 0xD800u;
-            const char32_t low = text[i + 1] - 0xDC00u;
-            AppendUtf8(result, 0x10000 + (high << 10) + low);
-            ++i;
-        } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
-            AppendUtf8(result, ReplacementCharacter);
-        } else {
-            AppendUtf8(result, unit);
-        }
-    }
-    return result;
 }
 
 std::string AnsiFromUtf16(std::u16string_view text) {

@@ -13,15 +13,6 @@ std::wstring Wide(std::u16string_view text) {
     return {text.begin(), text.end()};
 }
 
-std::string ToCodePage(UINT codePage, std::u16string_view text) {
-    const std::wstring wide = Wide(text);
-    const auto units = static_cast<int>(wide.size());
-    const int size = WideCharToMultiByte(codePage, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
-    std::string bytes(static_cast<size_t>(size), '\0');
-    WideCharToMultiByte(codePage, 0, wide.data(), units, bytes.data(), size, nullptr, nullptr);
-    return bytes;
-}
-
 // The console behind standard output, or null if that is a file or a pipe.
 HANDLE ConsoleOutput() {
     HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
@@ -59,12 +50,13 @@ bool CreateOneDirectory(const std::u16string& path) {
     return _wmkdir(Wide(path).c_str()) == 0;
 }
 
-std::string Utf8FromUtf16(std::u16string_view text) {
-    return ToCodePage(CP_UTF8, text);
-}
-
 std::string AnsiFromUtf16(std::u16string_view text) {
-    return ToCodePage(CP_ACP, text);
+    const std::wstring wide = Wide(text);
+    const auto units = static_cast<int>(wide.size());
+    const int size = WideCharToMultiByte(CP_ACP, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, 0, wide.data(), units, bytes.data(), size, nullptr, nullptr);
+    return bytes;
 }
 
 void PrintToStandardOutput(std::u16string_view text) {

@@ -1,5 +1,7 @@
-// Reading UTF-8: pure text work, the same on every system.
-#include "platform/Platform.h"
+// Conversions between UTF-16 and UTF-8.
+#include "platform/Text.h"
+
+#include <cstdint>
 
 namespace {
 
@@ -11,6 +13,27 @@ void AppendUtf16(std::u16string& text, char32_t code) {
     } else {
         text.push_back(static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10)));
         text.push_back(static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF)));
+    }
+}
+
+void AppendUtf8(std::string& text, char32_t code) {
+    const auto append = [&text](char32_t byte) {
+        text.push_back(static_cast<char>(byte));
+    };
+    if (code < 0x80) {
+        append(code);
+    } else if (code < 0x800) {
+        append(0xC0 | (code >> 6));
+        append(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        append(0xE0 | (code >> 12));
+        append(0x80 | ((code >> 6) & 0x3F));
+        append(0x80 | (code & 0x3F));
+    } else {
+        append(0xF0 | (code >> 18));
+        append(0x80 | ((code >> 12) & 0x3F));
+        append(0x80 | ((code >> 6) & 0x3F));
+        append(0x80 | (code & 0x3F));
     }
 }
 
@@ -41,6 +64,25 @@ Lead ClassifyLead(uint8_t byte) {
 }
 
 } // namespace
+
+std::string Utf8FromUtf16(std::u16string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char16_t unit = text[i];
+        if (IsHighSurrogate(unit) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+            const char32_t high = unit - 0xD800u;
+            const char32_t low = text[i + 1] - 0xDC00u;
+            AppendUtf8(result, 0x10000 + (high << 10) + low);
+            ++i;
+        } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
+            AppendUtf8(result, ReplacementCharacter);
+        } else {
+            AppendUtf8(result, unit);
+        }
+    }
+    return result;
+}
 
 std::u16string Utf16FromUtf8(std::string_view text) {
     std::u16string result;

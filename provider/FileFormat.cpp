@@ -2,6 +2,8 @@
 // name.
 #include "provider/FileFormat.h"
 
+#include "platform/Bytes.h"
+
 #include <array>
 
 namespace {
@@ -32,11 +34,6 @@ constexpr size_t StlHeaderSize = 84; // bytes, with the number of triangles in t
 constexpr uint64_t StlTriangleSize = 50;
 constexpr size_t ChunkHeaderSize = 6; // bytes
 
-uint32_t LittleEndian(std::span<const uint8_t> bytes, size_t at) {
-    return uint32_t{bytes[at]} | uint32_t{bytes[at + 1]} << 8 | uint32_t{bytes[at + 2]} << 16 |
-           uint32_t{bytes[at + 3]} << 24;
-}
-
 bool IsBinaryStl(std::span<const uint8_t> bytes) {
     return bytes.size() > StlHeaderSize &&
            bytes.size() == StlHeaderSize + StlTriangleSize * LittleEndian(bytes, StlHeaderSize - 4);
@@ -51,7 +48,7 @@ bool Is3ds(std::span<const uint8_t> bytes) {
 } // namespace
 
 std::string_view EndingOfContent(std::span<const uint8_t> bytes) {
-    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::string_view text = TextOfBytes(bytes);
     if (text.starts_with("\xEF\xBB\xBF")) {
         text.remove_prefix(3);
     }

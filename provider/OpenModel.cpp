@@ -2,9 +2,10 @@
 // other formats by content where it has a mark, else by the name's ending.
 #include "provider/OpenModel.h"
 
-#include "platform/Platform.h"
+#include "platform/Bytes.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 #include "provider/FileFormat.h"
-#include "provider/Files.h"
 #include "provider/assimp/AssimpModel.h"
 #include "provider/document/ModelDocument.h"
 #include "provider/gltf/GltfModel.h"
@@ -25,15 +26,9 @@ bool LooksLikeJson(std::string_view text) {
 
 // The ending of a path's last component in lower case, with its dot.
 std::string EndingOfPath(const std::u16string& path) {
-    const size_t dot = path.find_last_of(u"./\\:");
-    if (dot == std::u16string::npos || path[dot] != u'.') {
-        return {};
-    }
-    std::string ending = Utf8FromUtf16(path.substr(dot));
-    for (char& c : ending) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    }
-    return ending;
+    const std::u16string name = LastComponent(path);
+    const size_t dot = name.rfind(u'.');
+    return dot != std::u16string::npos ? FoldCase(Utf8FromUtf16(name.substr(dot))) : std::string();
 }
 
 // told is the ending of the format that the content shows, or empty.
@@ -46,7 +41,7 @@ bool OpenWithAssimp(const std::u16string& path, std::string_view told, Model& mo
 bool OpenGltf(const std::u16string& path, const GltfParts& parts, const JsonTape& json,
               std::string_view ending, Model& model, std::string& error) {
     if (GltfVersion(json).starts_with("2")) {
-        return ReadGltfModel(parts, json, DirectoryOfPath(path), model, error);
+        return ReadGltfModel(parts, json, DirectoryPart(path), model, error);
     }
     return OpenWithAssimp(path, ending, model, error);
 }
@@ -59,7 +54,7 @@ bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
         error = "the file can't be found or read";
         return false;
     }
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string_view text = TextOfBytes(bytes);
     const std::string ending = EndingOfPath(path);
 
     if (IsGlb(bytes)) {
@@ -80,7 +75,7 @@ bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
         }
         if (IsModelDocument(json)) {
             bytes = {}; // the tape has all of it
-            return ReadModelDocument(json, DirectoryOfPath(path), model, error);
+            return ReadModelDocument(json, DirectoryPart(path), model, error);
         }
         if (!GltfVersion(json).empty()) {
             return OpenGltf(path, {text, {}}, json, ".gltf", model, error);

@@ -1,8 +1,8 @@
 // The files that assimp asks for: read whole into memory, never written.
 #include "provider/assimp/AssimpFiles.h"
 
-#include "platform/Platform.h"
-#include "provider/Files.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 
 #include <algorithm>
 #include <cstring>

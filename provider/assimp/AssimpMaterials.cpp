@@ -1,7 +1,7 @@
 // The materials of a scene that assimp has read: diffuse or base colour, opacity, one picture.
 #include "provider/assimp/AssimpMaterials.h"
 
-#include "platform/Platform.h"
+#include "platform/Text.h"
 #include "provider/reading/ImportedPictures.h"
 
 #include <algorithm>

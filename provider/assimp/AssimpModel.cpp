@@ -1,8 +1,8 @@
 // Models through assimp, as it delivers them with their polygons whole. It turns most formats to Y up.
 #include "provider/assimp/AssimpModel.h"
 
-#include "platform/Platform.h"
-#include "provider/Files.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 #include "provider/assimp/AssimpFiles.h"
 #include "provider/assimp/AssimpMaterials.h"
 #include "provider/reading/FaceBuilder.h"
@@ -288,7 +288,7 @@ bool ReadAssimpScene(const aiScene& scene, const std::u16string& directory, Mode
 
 bool ReadAssimpModel(const std::u16string& path, std::string_view ending, Model& model,
                      std::string& error) {
-    const std::u16string directory = DirectoryOfPath(path);
+    const std::u16string directory = DirectoryPart(path);
     AssimpFiles files = {path, Utf8FromUtf16(path), {}};
     files.ShownPath += ending;
     PrepareFiles(files);

@@ -1,7 +1,7 @@
 // Single values of a model document.
 #include "provider/document/DocumentReader.h"
 
-#include "platform/Platform.h"
+#include "platform/Text.h"
 
 #include <cstdio>
 #include <limits>

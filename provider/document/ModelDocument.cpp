@@ -2,8 +2,8 @@
 #include "provider/document/ModelDocument.h"
 
 #include "api/SketchUpAPI.h"
-#include "platform/Platform.h"
-#include "provider/Files.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 #include "provider/document/DocumentReader.h"
 #include "provider/document/Transforms.h"
 
@@ -28,7 +28,7 @@ bool ReadPicture(DocumentReader& reader, uint32_t node, uint32_t& index) {
     }
     const std::u16string file = Utf16FromUtf8(name);
     std::vector<uint8_t> bytes;
-    if (!ReadWholeFile(IsAbsolutePath(file) ? file : reader.Directory + file, bytes)) {
+    if (!ReadWholeFile(PathIn(reader.Directory, file), bytes)) {
         return Fail(reader, node, "the picture " + Quoted(name) + " can't be found or read");
     }
     ModelPicture picture;
@@ -62,15 +62,12 @@ bool ReadPictureSize(DocumentReader& reader, uint32_t widthNode, uint32_t height
 
 // Six hexadecimal digits after a number sign.
 bool ReadHexColor(std::string_view text, std::array<uint8_t, 4>& color) {
-    constexpr std::string_view digits = "0123456789abcdef";
     if (text.size() != 7 || text[0] != '#') {
         return false;
     }
     for (size_t i = 0; i < 6; ++i) {
-        const char lower =
-            text[i + 1] >= 'A' && text[i + 1] <= 'F' ? static_cast<char>(text[i + 1] + 32) : text[i + 1];
-        const size_t digit = digits.find(lower);
-        if (digit == std::string_view::npos) {
+        const int digit = HexDigit(text[i + 1]);
+        if (digit < 0) {
             return false;
         }
         color[i / 2] = static_cast<uint8_t>(i % 2 == 0 ? digit * 16 : color[i / 2] + digit);

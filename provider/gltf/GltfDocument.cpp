@@ -2,8 +2,9 @@
 // pictures, so it gets the document without them.
 #include "provider/gltf/GltfDocument.h"
 
-#include "platform/Platform.h"
-#include "provider/Files.h"
+#include "platform/Bytes.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 #include "provider/gltf/Uri.h"
 
 #include <nlohmann/json.hpp>
@@ -30,11 +31,6 @@ constexpr std::array<std::string_view, 9> KnownExtensions = {
     "KHR_texture_basisu",    "EXT_texture_webp",      "MSFT_texture_dds"};
 
 namespace {
-
-uint32_t LittleEndian(std::span<const uint8_t> bytes, size_t at) {
-    return uint32_t{bytes[at]} | uint32_t{bytes[at + 1]} << 8 | uint32_t{bytes[at + 2]} << 16 |
-           uint32_t{bytes[at + 3]} << 24;
-}
 
 // The value of a key in an object, or 0.
 uint32_t MemberOf(const JsonTape& json, uint32_t object, std::string_view key) {
@@ -103,7 +99,7 @@ bool ReadBuffers(const GltfParts& parts, const JsonTape& json, const std::u16str
             }
         } else {
             const std::u16string file = Utf16FromUtf8(DecodePercent(uri));
-            if (!ReadWholeFile(IsAbsolutePath(file) ? file : directory + file, own)) {
+            if (!ReadWholeFile(PathIn(directory, file), own)) {
                 error = PlaceOf(json, element) + ": the file \"" + Utf8FromUtf16(file) +
                         "\" can't be found or read";
                 return false;
@@ -197,7 +193,7 @@ bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& err
             break;
         }
         if (chunk == 0) {
-            parts.Json = {reinterpret_cast<const char*>(content.data()), content.size()};
+            parts.Json = TextOfBytes(content);
         } else if (kind == BinaryChunk && parts.Binary.empty()) {
             parts.Binary = content;
         }

@@ -1,7 +1,7 @@
 // The materials of a glTF document: base colour, or diffuse colour of the older extension.
 #include "provider/gltf/GltfMaterials.h"
 
-#include "platform/Platform.h"
+#include "platform/Text.h"
 #include "provider/gltf/GltfAccessor.h"
 #include "provider/gltf/Uri.h"
 #include "provider/reading/ImportedPictures.h"

@@ -2,7 +2,7 @@
 // edge.
 #include "provider/gltf/GltfModel.h"
 
-#include "platform/Platform.h"
+#include "platform/Text.h"
 #include "provider/gltf/GltfAccessor.h"
 #include "provider/gltf/GltfMaterials.h"
 #include "provider/reading/FaceBuilder.h"

@@ -1,6 +1,8 @@
 // File names with percent signs, and data in Base64.
 #include "provider/gltf/Uri.h"
 
+#include "platform/Text.h"
+
 #include <array>
 
 namespace {
@@ -18,12 +20,6 @@ constexpr std::array<uint8_t, 256> DigitsOf(std::string_view digits) {
 
 constexpr auto Base64Digits =
     DigitsOf("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
-
-int HexDigit(char c) {
-    const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c + ('a' - 'A')) : c;
-    const size_t digit = std::string_view("0123456789abcdef").find(lower);
-    return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
-}
 
 } // namespace
 

@@ -1,8 +1,8 @@
 // What stands behind the handles.
 #include "provider/operations/ProviderState.h"
 
-#include "platform/Platform.h"
-#include "provider/Files.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 
 ProviderState& State() {
     static ProviderState state;
@@ -27,6 +27,7 @@ int32_t WritePicture(const ModelPicture& picture, const char* path) {
     }
     return WithoutExceptions([&] {
         std::vector<uint8_t> png;
-        return EncodePng(picture, png) && WriteWholeFile(Utf16FromUtf8(path), png) ? Success : Failure;
+        return EncodePng(picture, png) && WriteWholeFile(Utf16FromUtf8(path), png) == 0 ? Success
+                                                                                        : Failure;
     });
 }

@@ -1,6 +1,8 @@
 // Materials, their textures, and strings.
 #include "provider/operations/ProviderState.h"
 
+#include "platform/Text.h"
+
 #include <algorithm>
 
 namespace {
@@ -21,10 +23,6 @@ template <class Value, class Output> int32_t WriteValue(const Value* value, Outp
     }
     *output = static_cast<Output>(*value);
     return Success;
-}
-
-bool IsHighSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 #include "provider/OpenModel.h"
 #include "provider/operations/ProviderState.h"
 
-#include "platform/Platform.h"
+#include "platform/Text.h"
 
 #include <cstdio>
 

@@ -3,29 +3,22 @@
 #include "provider/reading/ImportedPictures.h"
 
 #include "api/SketchUpAPI.h"
-#include "platform/Platform.h"
-#include "provider/Files.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 
 // UTF-16 units; readers of names cut longer ones off.
 constexpr size_t LongestName = 200;
 
 namespace {
 
-std::u16string Folded(std::u16string name) {
-    for (char16_t& unit : name) {
-        unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + (u'a' - u'A')) : unit;
-    }
-    return name;
-}
-
 void KeepName(ImportedPictures& pictures, const std::u16string& wanted) {
     const std::u16string base = wanted.empty() ? u"picture" : wanted.substr(0, LongestName);
     constexpr uint32_t second = 2;
-    const auto [same, isFirst] = pictures.NextNumbers.emplace(Folded(base), second);
+    const auto [same, isFirst] = pictures.NextNumbers.emplace(FoldCase(base), second);
     std::u16string name = base;
     for (bool isNew = isFirst; !isNew;) {
         name = base + u"~" + Utf16FromUtf8(std::to_string(same->second++));
-        isNew = pictures.NextNumbers.emplace(Folded(name), second).second;
+        isNew = pictures.NextNumbers.emplace(FoldCase(name), second).second;
     }
     pictures.Names.push_back(name);
 }
@@ -68,11 +61,11 @@ uint32_t TakePictureFile(ImportedPictures& pictures, Model& model, const std::u1
         return found->second;
     }
     std::vector<uint8_t> bytes;
-    // Models often name pictures by where they were on the machine that made them.
+    // Models often name pictures by where they were on the machine that made them, which may be one
+    // whose separator is the colon: here every colon separates.
     const std::u16string bare = file.substr(file.find_last_of(u"/\\:") + 1);
-    if (bare.empty() ||
-        (!ReadWholeFile(IsAbsolutePath(file) ? file : pictures.Directory + file, bytes) &&
-         !ReadWholeFile(pictures.Directory + bare, bytes))) {
+    if (bare.empty() || (!ReadWholeFile(PathIn(pictures.Directory, file), bytes) &&
+                         !ReadWholeFile(pictures.Directory + bare, bytes))) {
         return RefusePicture(pictures, model, key, file, "can't be found or read");
     }
     return TakePictureBytes(pictures, model, key, file, std::move(bytes));
