@@ -1,4 +1,4 @@
-// Opens a model file of any format known here; the content tells the format, not the name.
+// Opens a model file of any format known here.
 #pragma once
 
 #include "provider/model/Model.h"

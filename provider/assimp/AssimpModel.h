@@ -13,8 +13,8 @@ struct aiScene;
 // if this build lacks it.
 bool IsAssimpEnding(std::string_view ending);
 
-// Fills an empty model. ending, with its dot, is the one of the format that the content tells, or empty
-// where the path's own says it already. Gives false, and the reason in error, when the file can't be
+// Fills an empty model. ending, with its dot, is the one of the format that the content shows, or empty
+// where the path's own serves. Gives false, and the reason in error, when the file can't be
 // used.
 bool ReadAssimpModel(const std::u16string& path, std::string_view ending, Model& model,
                      std::string& error);

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 
-constexpr std::string_view VersionKey = "orvaneModel";
 constexpr double Version = 1.0;
 constexpr uint32_t ColorLimit = 256;
 
@@ -466,7 +465,7 @@ bool ReadDocument(DocumentReader& reader) {
     uint32_t definitions = 0;
     uint32_t entities = 0;
     if (!ReadMembers(reader, 0,
-                     {{VersionKey, &version, true},
+                     {{ModelDocumentKey, &version, true},
                       {"materials", &materials},
                       {"layers", &layers},
                       {"definitions", &definitions},
@@ -501,18 +500,6 @@ bool ReadDocument(DocumentReader& reader) {
 }
 
 } // namespace
-
-bool IsModelDocument(const JsonTape& json) {
-    if (KindOf(json, 0) != JsonKind::Object) {
-        return false;
-    }
-    for (uint32_t i = 1; i < json.Values[0].Next; i = json.Values[i].Next) {
-        if (KeyOf(json, i) == VersionKey) {
-            return true;
-        }
-    }
-    return false;
-}
 
 bool ReadModelDocument(const JsonTape& json, const std::u16string& directory, Model& model,
                        std::string& error) {

@@ -5,9 +5,10 @@
 #include "provider/reading/JsonTape.h"
 
 #include <string>
+#include <string_view>
 
-// Whether a JSON text is a model document of any version.
-bool IsModelDocument(const JsonTape& json);
+// The key that makes a JSON text a model document; its value is the version.
+constexpr std::string_view ModelDocumentKey = "orvaneModel";
 
 // Fills an empty model. directory, with its closing separator, is where pictures are looked for. Gives
 // false, and place and reason in error, when the document can't be used; the model is then unfinished.

@@ -13,7 +13,6 @@
 #include <array>
 #include <cmath>
 
-constexpr uint32_t GlbMagic = 0x46546C67;    // "glTF"
 constexpr uint32_t JsonChunk = 0x4E4F534A;   // "JSON"
 constexpr uint32_t BinaryChunk = 0x004E4942; // "BIN"
 constexpr uint32_t GlbVersion = 2;
@@ -31,24 +30,6 @@ constexpr std::array<std::string_view, 9> KnownExtensions = {
     "KHR_texture_basisu",    "EXT_texture_webp",      "MSFT_texture_dds"};
 
 namespace {
-
-// The value of a key in an object, or 0.
-uint32_t MemberOf(const JsonTape& json, uint32_t object, std::string_view key) {
-    if (KindOf(json, object) != JsonKind::Object) {
-        return 0;
-    }
-    for (uint32_t i = object + 1; i < json.Values[object].Next; i = json.Values[i].Next) {
-        if (KeyOf(json, i) == key) {
-            return i;
-        }
-    }
-    return 0;
-}
-
-std::string_view TextMember(const JsonTape& json, uint32_t object, std::string_view key) {
-    const uint32_t value = MemberOf(json, object, key);
-    return value != 0 && KindOf(json, value) == JsonKind::Text ? TextOf(json, value) : "";
-}
 
 // The elements of an array that the document itself holds.
 std::vector<uint32_t> ElementsOf(const JsonTape& json, std::string_view key) {
@@ -166,10 +147,6 @@ void AppendVisible(const JsonTape& json, uint32_t value, std::string& text) {
 
 } // namespace
 
-bool IsGlb(std::span<const uint8_t> bytes) {
-    return bytes.size() >= 4 && LittleEndian(bytes, 0) == GlbMagic;
-}
-
 bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& error) {
     if (bytes.size() < GlbHeaderSize + ChunkHeaderSize) {
         error = "the binary glTF file is cut off";
@@ -204,15 +181,6 @@ bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& err
         return false;
     }
     return true;
-}
-
-std::string_view GltfVersion(const JsonTape& json) {
-    const uint32_t asset = MemberOf(json, 0, "asset");
-    const std::string_view version = asset != 0 ? TextMember(json, asset, "version") : "";
-    // The first version could leave it out.
-    const bool isFirst =
-        version.empty() && MemberOf(json, 0, "meshes") != 0 && MemberOf(json, 0, "accessors") != 0;
-    return isFirst ? "1.0" : version;
 }
 
 bool ReadGltfDocument(const GltfParts& parts, const JsonTape& json, const std::u16string& directory,

@@ -30,13 +30,9 @@ struct GltfParts {
     std::span<const uint8_t> Binary;
 };
 
-bool IsGlb(std::span<const uint8_t> bytes);
-
-// Gives false, and the reason in error, when the parts don't add up to the file.
+// Takes a binary file apart. Gives false, and the reason in error, when the parts don't add up to the
+// file.
 bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& error);
-
-// The version that a JSON text states as a glTF document, such as "2.0"; empty if it is none.
-std::string_view GltfVersion(const JsonTape& json);
 
 // Fills an empty document of version 2. json is the tape of parts.Json. The document refers to the bytes
 // of parts, which must outlive it. directory, with its closing separator, is where buffers are looked

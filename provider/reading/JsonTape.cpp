@@ -152,6 +152,23 @@ std::string_view KeyOf(const JsonTape& tape, uint32_t value) {
     return tape.Keys[tape.Values[value].Key];
 }
 
+uint32_t MemberOf(const JsonTape& tape, uint32_t object, std::string_view key) {
+    if (KindOf(tape, object) != JsonKind::Object) {
+        return 0;
+    }
+    for (uint32_t i = object + 1; i < tape.Values[object].Next; i = tape.Values[i].Next) {
+        if (KeyOf(tape, i) == key) {
+            return i;
+        }
+    }
+    return 0;
+}
+
+std::string_view TextMember(const JsonTape& tape, uint32_t object, std::string_view key) {
+    const uint32_t value = MemberOf(tape, object, key);
+    return value != 0 && KindOf(tape, value) == JsonKind::Text ? TextOf(tape, value) : "";
+}
+
 uint32_t CountIn(const JsonTape& tape, uint32_t container) {
     uint32_t count = 0;
     for (uint32_t i = container + 1; i < tape.Values[container].Next; i = tape.Values[i].Next) {

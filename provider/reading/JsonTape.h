@@ -44,6 +44,12 @@ inline double NumberOf(const JsonTape& tape, uint32_t value) {
 std::string_view TextOf(const JsonTape& tape, uint32_t value);
 std::string_view KeyOf(const JsonTape& tape, uint32_t value);
 
+// The value of a key in an object; 0, which is the whole document, if there is no such key or the value
+// is no object.
+uint32_t MemberOf(const JsonTape& tape, uint32_t object, std::string_view key);
+// The text of a key in an object; empty if there is none. Valid as long as the tape.
+std::string_view TextMember(const JsonTape& tape, uint32_t object, std::string_view key);
+
 // Values directly in an array or object, and the one with the given number, which must exist.
 uint32_t CountIn(const JsonTape& tape, uint32_t container);
 uint32_t ValueIn(const JsonTape& tape, uint32_t container, uint32_t number);
