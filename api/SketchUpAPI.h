@@ -22,7 +22,7 @@
 
 #include <cstdint>
 
-// The material types that SUMaterialGetType tells.
+// The material types that SUMaterialGetType gives.
 constexpr int32_t MaterialTypePlain = 0;     // plain colour
 constexpr int32_t MaterialTypeTextured = 1;  // texture as it is
 constexpr int32_t MaterialTypeColorized = 2; // texture drawn over with the colour

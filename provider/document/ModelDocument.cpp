@@ -1,7 +1,6 @@
 // The model document but for its faces: materials, layers, definitions and the lists of elements.
 #include "provider/document/ModelDocument.h"
 
-#include "api/SketchUpAPI.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
 #include "provider/document/DocumentReader.h"
@@ -95,7 +94,7 @@ bool ReadColor(DocumentReader& reader, uint32_t node, std::array<uint8_t, 4>& co
 }
 
 bool ReadMaterialType(DocumentReader& reader, uint32_t node, ModelMaterial& material) {
-    material.Type = material.Picture == NoIndex ? MaterialTypePlain : MaterialTypeTextured;
+    material.Type = material.Picture == NoIndex ? MaterialType::Plain : MaterialType::Textured;
     std::string_view type;
     if (node == 0) {
         return true;
@@ -104,12 +103,12 @@ bool ReadMaterialType(DocumentReader& reader, uint32_t node, ModelMaterial& mate
         return false;
     }
     if (type == "plain") {
-        material.Type = MaterialTypePlain;
+        material.Type = MaterialType::Plain;
     } else if (type == "textured" || type == "colorized") {
         if (material.Picture == NoIndex) {
             return Fail(reader, node, "a material of this type needs a picture");
         }
-        material.Type = type == "textured" ? MaterialTypeTextured : MaterialTypeColorized;
+        material.Type = type == "textured" ? MaterialType::Textured : MaterialType::Colorized;
     } else {
         return Fail(reader, node, "this must be \"plain\", \"textured\" or \"colorized\"");
     }

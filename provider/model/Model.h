@@ -1,5 +1,6 @@
 // A model in memory: plain records in flat arrays that refer to each other by index. Readers of files
-// fill it; the 64 operations read it. It knows neither files nor handles.
+// fill it; the 64 operations read it. It knows no files, no handles and no
+// constants of the operations.
 //
 // Coordinates are model coordinates: Z up, right-handed, in model units.
 #pragma once
@@ -27,12 +28,18 @@ struct IndexRange {
 using Transform = std::array<double, 16>;
 constexpr Transform IdentityTransform = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
+enum class MaterialType : uint8_t {
+    Plain,     // the colour alone
+    Textured,  // the picture as it is
+    Colorized, // the picture drawn over with the colour
+};
+
 struct ModelMaterial {
     std::u16string Name;
     std::array<uint8_t, 4> Color = {255, 255, 255, 255};
     bool UseOpacity = false;
     double Opacity = 1.0; // 0 is clear, 1 opaque
-    int32_t Type = 0;     // as SUMaterialGetType tells it
+    MaterialType Type = MaterialType::Plain;
     uint32_t Picture = NoIndex;
     std::u16string PictureName;
     double Width = 1.0; // size of one repeat of the picture, in model units, above 0

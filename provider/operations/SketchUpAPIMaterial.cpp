@@ -25,6 +25,18 @@ template <class Value, class Output> int32_t WriteValue(const Value* value, Outp
     return Success;
 }
 
+int32_t TypeNumber(MaterialType type) {
+    switch (type) {
+    case MaterialType::Plain:
+        break;
+    case MaterialType::Textured:
+        return MaterialTypeTextured;
+    case MaterialType::Colorized:
+        return MaterialTypeColorized;
+    }
+    return MaterialTypePlain;
+}
+
 } // namespace
 
 extern "C" {
@@ -55,7 +67,11 @@ int32_t SUMaterialGetOpacity(MaterialHandle material, double* opacity) {
 
 int32_t SUMaterialGetType(MaterialHandle material, int32_t* type) {
     const ModelMaterial* found = FindMaterial(material);
-    return WriteValue(found != nullptr ? &found->Type : nullptr, type);
+    if (found == nullptr || type == nullptr) {
+        return Failure;
+    }
+    *type = TypeNumber(found->Type);
+    return Success;
 }
 
 int32_t SUMaterialGetTexture(MaterialHandle material, TextureHandle* texture) {

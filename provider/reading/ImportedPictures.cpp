@@ -2,7 +2,6 @@
 // names alone, without regard to case.
 #include "provider/reading/ImportedPictures.h"
 
-#include "api/SketchUpAPI.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
 
@@ -87,7 +86,7 @@ uint32_t TakeTexels(ImportedPictures& pictures, Model& model, const std::u16stri
 
 void ShowPicture(const ImportedPictures& pictures, uint32_t picture, ModelMaterial& material) {
     if (picture != NoIndex) {
-        material.Type = MaterialTypeTextured;
+        material.Type = MaterialType::Textured;
         material.Picture = picture;
         material.PictureName = pictures.Names[picture];
     }
