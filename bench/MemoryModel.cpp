@@ -4,7 +4,7 @@
 // groups each, the rest in ten instances of one definition. A name that begins with "flat" puts all of
 // them into the model's own list and paints them with one material.
 #include "City.h"
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 
 #include <algorithm>
 #include <cstdio>

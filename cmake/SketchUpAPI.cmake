@@ -4,7 +4,7 @@
 # SketchUpAPI::Link  what a program links to: names only, nothing of any provider
 # SketchUpAPIExports(TARGET)  makes a shared library export the operations and nothing else
 
-set(apiHeader ${CMAKE_SOURCE_DIR}/src/reader/SketchUpAPI.h)
+set(apiHeader ${CMAKE_SOURCE_DIR}/api/SketchUpAPI.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${apiHeader})
 file(STRINGS ${apiHeader} apiLines REGEX "^[^/]*SU[A-Z][A-Za-z0-9]+\\(")
 set(apiNames "")

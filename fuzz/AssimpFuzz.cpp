@@ -1,7 +1,7 @@
 // Makes up what assimp may deliver, indices outside and numbers that are none included, and reads it.
 #include "CheckModel.h"
 #include "FuzzInput.h"
-#include "provider/AssimpModel.h"
+#include "provider/assimp/AssimpModel.h"
 
 #include <assimp/scene.h>
 

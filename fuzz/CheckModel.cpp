@@ -2,7 +2,7 @@
 #include "CheckModel.h"
 
 #include "FuzzInput.h"
-#include "provider/ProviderState.h"
+#include "provider/operations/ProviderState.h"
 
 #include <filesystem>
 #include <fstream>

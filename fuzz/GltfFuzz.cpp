@@ -1,22 +1,22 @@
 // Feeds any bytes to the reader of glTF, binary or text. "p.png" is the one file beside it.
 #include "CheckModel.h"
 #include "FuzzInput.h"
-#include "provider/GltfModel.h"
+#include "provider/FileFormat.h"
+#include "provider/gltf/GltfModel.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::span<const uint8_t> bytes(data, size);
-    GltfParts parts = {{reinterpret_cast<const char*>(data), size}, {}};
-    JsonTape json;
+    FoundFormat found;
     Model model;
     std::string error;
-    if ((IsGlb(bytes) && !SplitGlb(bytes, parts, error)) || !ParseJson(parts.Json, json, error)) {
+    if (!FindFormat(bytes, "", found, error)) {
         Expect(!error.empty());
         return 0;
     }
-    if (!GltfVersion(json).starts_with("2")) {
+    if (found.Format != FileFormat::Gltf) {
         return 0;
     }
-    const bool read = ReadGltfModel(parts, json, PictureFolder(), model, error);
+    const bool read = ReadGltfModel(found.Parts, found.Json, PictureFolder(), model, error);
     Expect(read || !error.empty());
     if (read) {
         CheckModel(std::move(model));

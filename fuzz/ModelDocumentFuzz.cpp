@@ -1,7 +1,7 @@
 // Feeds any bytes to the reader of model documents. "p.png" is the one picture that can be had.
 #include "CheckModel.h"
 #include "FuzzInput.h"
-#include "provider/ModelDocument.h"
+#include "provider/document/ModelDocument.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     JsonTape json;

@@ -1,6 +1,10 @@
-// What a model file is, told by its first bytes. Formats without a mark of their own are left to the
-// name.
+// Which format a model file has. JSON and binary glTF show it by their content alone; of the other
+// formats, those without a mark of their own are left to the name.
 #include "provider/FileFormat.h"
+
+#include "platform/Bytes.h"
+#include "provider/assimp/AssimpModel.h"
+#include "provider/document/ModelDocument.h"
 
 #include <array>
 
@@ -25,6 +29,9 @@ constexpr std::array<FormatMark, 13> Marks = {{{"Kaydara FBX Binary", ".fbx"},
                                                {"MS3D000000", ".ms3d"},
                                                {"Caligari ", ".cob"}}};
 
+constexpr std::string_view GlbMark = "glTF";
+constexpr size_t GlbVersionAt = 4; // the version's first byte
+
 // A document in XML names its format soon.
 constexpr size_t XmlStartSize = 4096; // bytes
 
@@ -32,9 +39,20 @@ constexpr size_t StlHeaderSize = 84; // bytes, with the number of triangles in t
 constexpr uint64_t StlTriangleSize = 50;
 constexpr size_t ChunkHeaderSize = 6; // bytes
 
-uint32_t LittleEndian(std::span<const uint8_t> bytes, size_t at) {
-    return uint32_t{bytes[at]} | uint32_t{bytes[at + 1]} << 8 | uint32_t{bytes[at + 2]} << 16 |
-           uint32_t{bytes[at + 3]} << 24;
+// A text without the byte order mark of UTF-8.
+std::string_view WithoutMark(std::string_view text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(byteOrderMark)) {
+        text.remove_prefix(byteOrderMark.size());
+    }
+    return text;
+}
+
+// Whether the first character, blanks aside, can begin a JSON object or a comment before it.
+bool LooksLikeJson(std::string_view text) {
+    text = WithoutMark(text);
+    const size_t start = text.find_first_not_of(" \t\r\n");
+    return start != std::string_view::npos && (text[start] == '{' || text[start] == '/');
 }
 
 bool IsBinaryStl(std::span<const uint8_t> bytes) {
@@ -48,13 +66,10 @@ bool Is3ds(std::span<const uint8_t> bytes) {
            LittleEndian(bytes, 2) == bytes.size();
 }
 
-} // namespace
-
+// The ending, with its dot, of the format that the content shows; empty if it shows none of those that
+// can be told apart for sure. glTF and model documents are not among them.
 std::string_view EndingOfContent(std::span<const uint8_t> bytes) {
-    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (text.starts_with("\xEF\xBB\xBF")) {
-        text.remove_prefix(3);
-    }
+    const std::string_view text = WithoutMark(TextOfBytes(bytes));
     for (const auto& [mark, ending] : Marks) {
         if (text.starts_with(mark)) {
             return ending;
@@ -82,4 +97,76 @@ std::string_view EndingOfContent(std::span<const uint8_t> bytes) {
         }
     }
     return {};
+}
+
+// The version that a JSON text states as a glTF document, such as "2.0"; empty if it is none.
+std::string_view GltfVersion(const JsonTape& json) {
+    const uint32_t asset = MemberOf(json, 0, "asset");
+    const std::string_view version = asset != 0 ? TextMember(json, asset, "version") : "";
+    // The first version could leave it out.
+    const bool isFirst =
+        version.empty() && MemberOf(json, 0, "meshes") != 0 && MemberOf(json, 0, "accessors") != 0;
+    return isFirst ? "1.0" : version;
+}
+
+// shown is the ending of the format that the content shows, or empty.
+bool UseAssimp(std::string_view shown, std::string_view ending, FoundFormat& found) {
+    found.Format = FileFormat::Assimp;
+    found.Ending = shown == ending ? "" : shown;
+    return true;
+}
+
+bool UseGltf(std::string_view shown, std::string_view ending, FoundFormat& found) {
+    if (!GltfVersion(found.Json).starts_with("2")) {
+        return UseAssimp(shown, ending, found);
+    }
+    found.Format = FileFormat::Gltf;
+    return true;
+}
+
+bool FindGlb(std::span<const uint8_t> bytes, std::string_view ending, FoundFormat& found,
+             std::string& error) {
+    constexpr std::string_view shown = ".glb";
+    // The first version has another layout, and only the other library reads it.
+    if (bytes.size() > GlbVersionAt && bytes[GlbVersionAt] == 1) {
+        return UseAssimp(shown, ending, found);
+    }
+    return SplitGlb(bytes, found.Parts, error) && ParseJson(found.Parts.Json, found.Json, error) &&
+           UseGltf(shown, ending, found);
+}
+
+bool FindJson(std::string_view text, std::string_view ending, FoundFormat& found, std::string& error) {
+    if (!ParseJson(text, found.Json, error)) {
+        return false;
+    }
+    if (MemberOf(found.Json, 0, ModelDocumentKey) != 0) {
+        found.Format = FileFormat::ModelDocument;
+        return true;
+    }
+    if (!GltfVersion(found.Json).empty()) {
+        found.Parts.Json = text;
+        return UseGltf(".gltf", ending, found);
+    }
+    error = "this is JSON, but no model document: the key orvaneModel is missing";
+    return false;
+}
+
+} // namespace
+
+bool FindFormat(std::span<const uint8_t> bytes, std::string_view ending, FoundFormat& found,
+                std::string& error) {
+    const std::string_view text = TextOfBytes(bytes);
+    if (text.starts_with(GlbMark)) {
+        return FindGlb(bytes, ending, found, error);
+    }
+    // Some text formats open with a comment that JSON knows too.
+    if (LooksLikeJson(text) && (text.find('{') < text.find('/') || !IsAssimpEnding(ending))) {
+        return FindJson(text, ending, found, error);
+    }
+    const std::string_view shown = EndingOfContent(bytes);
+    if (shown.empty() && !IsAssimpEnding(ending)) {
+        error = "this is not a model document, nor a file of any other format known here";
+        return false;
+    }
+    return UseAssimp(shown, ending, found);
 }

@@ -1,5 +1,5 @@
 // In the place of assimp, in builds without it.
-#include "provider/AssimpModel.h"
+#include "provider/assimp/AssimpModel.h"
 
 #include <algorithm>
 #include <array>

@@ -1,57 +1,19 @@
-// Opens a model file of any format known here. JSON and binary glTF are told by their content alone, the
-// other formats by content where it has a mark, else by the name's ending.
+// Opens a model file of any format known here: the way from the file's bytes to its reader.
 #include "provider/OpenModel.h"
 
-#include "platform/Platform.h"
-#include "provider/AssimpModel.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
 #include "provider/FileFormat.h"
-#include "provider/Files.h"
-#include "provider/GltfModel.h"
-#include "provider/ModelDocument.h"
-
-#include <string_view>
-
-namespace {
-
-// Whether the first thing after marks, blanks and comments can begin a JSON object.
-bool LooksLikeJson(std::string_view text) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(byteOrderMark)) {
-        text.remove_prefix(byteOrderMark.size());
-    }
-    const size_t start = text.find_first_not_of(" \t\r\n");
-    return start != std::string_view::npos && (text[start] == '{' || text[start] == '/');
-}
+#include "provider/assimp/AssimpModel.h"
+#include "provider/document/ModelDocument.h"
+#include "provider/gltf/GltfModel.h"
 
 // The ending of a path's last component in lower case, with its dot.
-std::string EndingOfPath(const std::u16string& path) {
-    const size_t dot = path.find_last_of(u"./\\:");
-    if (dot == std::u16string::npos || path[dot] != u'.') {
-        return {};
-    }
-    std::string ending = Utf8FromUtf16(path.substr(dot));
-    for (char& c : ending) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    }
-    return ending;
+static std::string EndingOfPath(const std::u16string& path) {
+    const std::u16string name = LastComponent(path);
+    const size_t dot = name.rfind(u'.');
+    return dot != std::u16string::npos ? FoldCase(Utf8FromUtf16(name.substr(dot))) : std::string();
 }
-
-// told is the ending of the format that the content shows, or empty.
-bool OpenWithAssimp(const std::u16string& path, std::string_view told, Model& model,
-                    std::string& error) {
-    return ReadAssimpModel(path, told == EndingOfPath(path) ? "" : told, model, error);
-}
-
-// A glTF document, alone or in its binary file. Version 1 is left to the other library.
-bool OpenGltf(const std::u16string& path, const GltfParts& parts, const JsonTape& json,
-              std::string_view ending, Model& model, std::string& error) {
-    if (GltfVersion(json).starts_with("2")) {
-        return ReadGltfModel(parts, json, DirectoryOfPath(path), model, error);
-    }
-    return OpenWithAssimp(path, ending, model, error);
-}
-
-} // namespace
 
 bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
     std::vector<uint8_t> bytes;
@@ -59,40 +21,19 @@ bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
         error = "the file can't be found or read";
         return false;
     }
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    const std::string ending = EndingOfPath(path);
-
-    if (IsGlb(bytes)) {
-        GltfParts parts;
-        JsonTape json;
-        // The first version has another layout, and only the other library reads it.
-        if (bytes.size() > 4 && bytes[4] == 1) {
-            return OpenWithAssimp(path, ".glb", model, error);
-        }
-        return SplitGlb(bytes, parts, error) && ParseJson(parts.Json, json, error) &&
-               OpenGltf(path, parts, json, ".glb", model, error);
-    }
-    // Some text formats open with a comment that JSON knows too.
-    if (LooksLikeJson(text) && (text.find('{') < text.find('/') || !IsAssimpEnding(ending))) {
-        JsonTape json;
-        if (!ParseJson(text, json, error)) {
-            return false;
-        }
-        if (IsModelDocument(json)) {
-            bytes = {}; // the tape has all of it
-            return ReadModelDocument(json, DirectoryOfPath(path), model, error);
-        }
-        if (!GltfVersion(json).empty()) {
-            return OpenGltf(path, {text, {}}, json, ".gltf", model, error);
-        }
-        error = "this is JSON, but no model document: the key orvaneModel is missing";
+    FoundFormat found;
+    if (!FindFormat(bytes, EndingOfPath(path), found, error)) {
         return false;
     }
-    const std::string_view told = EndingOfContent(bytes);
-    if (told.empty() && !IsAssimpEnding(ending)) {
-        error = "this is not a model document, nor a file of any other format known here";
-        return false;
+    switch (found.Format) {
+    case FileFormat::ModelDocument:
+        bytes = {}; // the tape has all of it
+        return ReadModelDocument(found.Json, DirectoryPart(path), model, error);
+    case FileFormat::Gltf:
+        return ReadGltfModel(found.Parts, found.Json, DirectoryPart(path), model, error);
+    case FileFormat::Assimp:
+        bytes = {}; // the library reads the file itself
+        return ReadAssimpModel(path, found.Ending, model, error);
     }
-    bytes = {}; // the library reads the file itself
-    return OpenWithAssimp(path, told, model, error);
+    return false;
 }

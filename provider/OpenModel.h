@@ -1,7 +1,7 @@
-// Opens a model file of any format known here; the content tells the format, not the name.
+// Opens a model file of any format known here.
 #pragma once
 
-#include "provider/Model.h"
+#include "provider/model/Model.h"
 
 #include <string>
 

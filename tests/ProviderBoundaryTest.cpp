@@ -1,8 +1,8 @@
 // The 64 operations of the provider as a caller meets them: values, wrong handles, texts and pictures.
 #include "ProviderTesting.h"
 
-#include "provider/Picture.h"
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
+#include "provider/model/Picture.h"
 
 namespace {
 

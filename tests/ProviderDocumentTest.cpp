@@ -1,7 +1,7 @@
 // Model documents: what their keys come to in the model, and what is said about broken ones.
 #include "ProviderTesting.h"
 
-#include "provider/Mapping.h"
+#include "provider/model/Mapping.h"
 
 namespace {
 
@@ -279,18 +279,18 @@ TEST(ProviderDocument, ReadsMaterialsLayersAndComments) {
     EXPECT_EQ(model.Materials[0].Name, u"ä\U0001F600");
     EXPECT_EQ(model.Materials[0].Color, (std::array<uint8_t, 4>{0x0A, 0x14, 0x1E, 255}));
     EXPECT_FALSE(model.Materials[0].UseOpacity);
-    EXPECT_EQ(model.Materials[0].Type, 0);
+    EXPECT_EQ(model.Materials[0].Type, MaterialType::Plain);
     EXPECT_EQ(model.Materials[1].Color, (std::array<uint8_t, 4>{1, 2, 3, 4}));
     EXPECT_TRUE(model.Materials[1].UseOpacity);
     EXPECT_EQ(model.Materials[1].Opacity, 0.5);
-    EXPECT_EQ(model.Materials[1].Type, 1);
+    EXPECT_EQ(model.Materials[1].Type, MaterialType::Textured);
     EXPECT_EQ(model.Materials[1].Width, 4);
     EXPECT_EQ(model.Materials[1].Height, 2);
     EXPECT_EQ(model.Materials[1].PictureName, u"good.tga");
-    EXPECT_EQ(model.Materials[2].Type, 2);
+    EXPECT_EQ(model.Materials[2].Type, MaterialType::Colorized);
     EXPECT_EQ(model.Materials[2].Height, 1);
     EXPECT_EQ(model.Materials[2].PictureName, u"C:\\x\\y.png");
-    EXPECT_EQ(model.Materials[3].Type, 0);
+    EXPECT_EQ(model.Materials[3].Type, MaterialType::Plain);
     EXPECT_EQ(model.Materials[3].Width, 6);
     EXPECT_EQ(model.Pictures.size(), 1U);
     ASSERT_EQ(model.Layers.size(), 3U);

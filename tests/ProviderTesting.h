@@ -1,8 +1,8 @@
 // Helpers for the tests of the provider: documents and pictures as files below the test directory.
 #pragma once
 
+#include "platform/Files.h"
 #include "platform/Platform.h"
-#include "provider/Files.h"
 #include "provider/OpenModel.h"
 #include "support/Files.h"
 
@@ -29,7 +29,7 @@ inline std::u16string ProviderTestDirectory() {
 // Writes a file into the test's directory and gives its path.
 inline std::u16string WriteTestFile(std::u16string_view name, const std::vector<uint8_t>& bytes) {
     std::u16string path = ProviderTestDirectory() + std::u16string(name);
-    EXPECT_TRUE(WriteWholeFile(path, bytes));
+    EXPECT_EQ(WriteWholeFile(path, bytes), 0);
     return path;
 }
 

@@ -1,8 +1,8 @@
 // Paths, directories, text conversion and log lines.
 #include "platform/Platform.h"
-#include "support/Files.h"
 #include "run/Log.h"
 #include "run/Paths.h"
+#include "support/Files.h"
 
 #include <gtest/gtest.h>
 
@@ -45,8 +45,8 @@ TEST(Paths, SplitPathTakesTheLastDotOfTheLastComponent) {
 }
 
 TEST(Paths, FoldsTheCaseOfAsciiOnly) {
-    EXPECT_EQ(FoldCase(u"AZ Brick.JPG"), u"az brick.jpg");
-    EXPECT_EQ(FoldCase(u"\u00C4@[`{"), u"\u00C4@[`{"); // next to the letters
+    EXPECT_EQ(FoldCase(std::u16string(u"AZ Brick.JPG")), u"az brick.jpg");
+    EXPECT_EQ(FoldCase(std::u16string(u"\u00C4@[`{")), u"\u00C4@[`{"); // next to the letters
 }
 
 TEST(Paths, MakeDirectoriesCreatesAllLevels) {

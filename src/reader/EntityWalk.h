@@ -5,7 +5,7 @@
 // material index passed down is the row for whatever beneath has no material of its own.
 #pragma once
 
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 #include "run/ModelImporter.h"
 
 // The content node of a list: its own faces and images, then its groups, then its instances, depth

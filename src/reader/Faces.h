@@ -1,8 +1,8 @@
 // Faces: both sides of each visible face of a list, read as triangles.
 #pragma once
 
+#include "api/SketchUpAPI.h"
 #include "reader/LibraryReading.h"
-#include "reader/SketchUpAPI.h"
 #include "run/ModelImporter.h"
 
 // The factors that turn coordinates in model units into texture coordinates.

@@ -1,7 +1,7 @@
 // Images: pictures placed in space, read as textured quads.
 #pragma once
 
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 #include "run/ModelImporter.h"
 
 // Appends two quads for each visible image of the list, a front and a back that faces the other way, in

@@ -2,7 +2,7 @@
 // and transformations, layers and paths on their way in and out.
 #pragma once
 
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 #include "scene/Matrix.h"
 
 #include <algorithm>

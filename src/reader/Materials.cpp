@@ -1,8 +1,8 @@
 // Reading the materials of the model.
 #include "reader/Materials.h"
 
+#include "api/SketchUpAPI.h"
 #include "reader/LibraryReading.h"
-#include "reader/SketchUpAPI.h"
 #include "run/Log.h"
 #include "run/Paths.h"
 

@@ -1,8 +1,8 @@
 // Texture export. Pictures are written during the walk, so only for rows that are used.
 #include "reader/Textures.h"
 
+#include "api/SketchUpAPI.h"
 #include "reader/LibraryReading.h"
-#include "reader/SketchUpAPI.h"
 #include "run/Log.h"
 #include "run/Messages.h"
 

@@ -1,7 +1,7 @@
 // Rows are found by hashes of their keys.
 #include "run/MaterialTable.h"
 
-#include "run/Paths.h"
+#include "platform/Text.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ namespace {
 constexpr uint32_t ColorBytes = 0x00FFFFFF;
 
 std::u16string SourceAndColor(std::u16string_view sourceTextureName, uint32_t color) {
-    std::u16string key = FoldCase(sourceTextureName);
+    std::u16string key = FoldCase(std::u16string(sourceTextureName));
     key += static_cast<char16_t>((color & ColorBytes) >> 16);
     key += static_cast<char16_t>(color & 0xFFFF);
     return key;
@@ -39,7 +39,7 @@ int32_t FindMaterial(const MaterialTable& table, MaterialHandle material) {
 }
 
 int32_t FindSource(const MaterialTable& table, std::u16string_view sourceTextureName) {
-    return Find(table.BySource, FoldCase(sourceTextureName));
+    return Find(table.BySource, FoldCase(std::u16string(sourceTextureName)));
 }
 
 int32_t FindPicture(const MaterialTable& table, std::u16string_view sourceTextureName, uint32_t color) {

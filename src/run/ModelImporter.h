@@ -1,7 +1,7 @@
 // The one object that holds the state of a conversion: every stage of a run takes it first.
 #pragma once
 
-#include "reader/Handles.h"
+#include "api/Handles.h"
 #include "run/MaterialTable.h"
 #include "run/OutputFile.h"
 #include "scene/SceneNode.h"

@@ -1,4 +1,4 @@
-// Path operations: splitting, directories, folding of case. The same on every system.
+// Splitting paths, and directories. The same on every system.
 #include "run/Paths.h"
 
 #include "platform/Platform.h"
@@ -80,14 +80,4 @@ void MakeDirectories(const char16_t* path) {
         return;
     }
     CreateOneDirectory(directory);
-}
-
-std::u16string FoldCase(std::u16string_view text) {
-    std::u16string folded(text);
-    for (char16_t& unit : folded) {
-        if (unit >= u'A' && unit <= u'Z') {
-            unit = static_cast<char16_t>(unit - u'A' + u'a');
-        }
-    }
-    return folded;
 }

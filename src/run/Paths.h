@@ -36,7 +36,3 @@ std::u16string DirectoryOf(const char16_t* path);
 // Creates a directory and those above it, from the top down. Null, empty and over-long paths do nothing.
 // A failure is not told: it shows when a file in the directory can't be opened.
 void MakeDirectories(const char16_t* path);
-
-// A text with A to Z turned into a to z and every other unit as it is: two texts that give the same are
-// equal but for the case of these letters.
-std::u16string FoldCase(std::u16string_view text);

@@ -1,7 +1,7 @@
 // One way in which a surface can look.
 #pragma once
 
-#include "reader/Handles.h"
+#include "api/Handles.h"
 
 #include <cstdint>
 #include <string>

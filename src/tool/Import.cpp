@@ -1,10 +1,10 @@
 // The course of an import: everything is opened, the model read, and all of it closed again.
+#include "api/SketchUpAPI.h"
 #include "output/Recentre.h"
 #include "platform/Platform.h"
 #include "reader/EntityWalk.h"
 #include "reader/LibraryReading.h"
 #include "reader/Materials.h"
-#include "reader/SketchUpAPI.h"
 #include "run/Log.h"
 #include "run/Messages.h"
 #include "run/ModelImporter.h"

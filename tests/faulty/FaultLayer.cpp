@@ -9,7 +9,7 @@
 //                         sanitizers). Or "random SEED RATE": each call with a chance of one in RATE.
 //   ORVANE_FAULT_CALLS    a file to write for each operation: name, number of calls, kinds that apply
 // Kinds: see KindNames. VALUE belongs to "count": a number, or +N or -N on top of the true one.
-#include "reader/SketchUpAPI.h"
+#include "api/SketchUpAPI.h"
 
 #include <array>
 #include <cmath>

@@ -5,8 +5,8 @@
 // A handle is the address of its JSON value, so one element has one handle wherever it comes from.
 // Strings, image reps and UV helpers are numbered instead, because they are made and released.
 #include "Script.h"
+#include "api/SketchUpAPI.h"
 #include "platform/Platform.h"
-#include "reader/SketchUpAPI.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,80 @@
+// Whole files in and out through the platform's streams, and the parts of paths. The same on every
+// system.
+#include "platform/Files.h"
+
+#include "platform/Platform.h"
+
+#include <cerrno>
+#include <memory>
+
+namespace {
+
+// Bytes.
+constexpr size_t ReadStep = size_t{1} << 20;
+
+// Where the last component of a path begins.
+size_t ComponentStart(std::u16string_view path) {
+    const size_t separator = path.find_last_of(u"/\\");
+    if (separator != std::u16string_view::npos) {
+        return separator + 1;
+    }
+    return HasDrive(path) ? 2 : 0;
+}
+
+} // namespace
+
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits) {
+    // Asked first: to open a pipe that nobody writes to would take for ever.
+    if (!limits.AllowDevices && (FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
+        return false;
+    }
+    const auto close = [](std::FILE* file) {
+        std::fclose(file);
+    };
+    const std::unique_ptr<std::FILE, decltype(close)> file(OpenForReading(path), close);
+    if (file == nullptr) {
+        return false;
+    }
+    bytes.clear();
+    size_t count = ReadStep;
+    while (count == ReadStep && bytes.size() <= limits.LargestSize) {
+        const size_t size = bytes.size();
+        bytes.resize(size + ReadStep);
+        count = std::fread(bytes.data() + size, 1, ReadStep, file.get());
+        bytes.resize(size + count);
+    }
+    return std::ferror(file.get()) == 0 && bytes.size() <= limits.LargestSize;
+}
+
+int WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) {
+    errno = 0;
+    std::FILE* const file = OpenForWriting(path);
+    if (file == nullptr) {
+        return FailureReason();
+    }
+    // Not every system's fclose reports buffered bytes that don't go out.
+    const bool isWritten =
+        (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size()) &&
+        std::fflush(file) == 0;
+    const int writing = isWritten ? 0 : FailureReason();
+    const int closing = std::fclose(file) == 0 ? 0 : FailureReason();
+    return writing != 0 ? writing : closing;
+}
+
+bool HasDrive(std::u16string_view path) {
+    return path.size() >= 2 && path[1] == u':' &&
+           ((path[0] >= u'A' && path[0] <= u'Z') || (path[0] >= u'a' && path[0] <= u'z'));
+}
+
+std::u16string LastComponent(std::u16string_view path) {
+    return std::u16string(path.substr(ComponentStart(path)));
+}
+
+std::u16string DirectoryPart(std::u16string_view path) {
+    return std::u16string(path.substr(0, ComponentStart(path)));
+}
+
+std::u16string PathIn(std::u16string_view directory, std::u16string_view name) {
+    const bool isAbsolute = name.starts_with(u'/') || name.starts_with(u'\\') || HasDrive(name);
+    return isAbsolute ? std::u16string(name) : std::u16string(directory).append(name);
+}

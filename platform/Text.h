@@ -1,0 +1,41 @@
+// Texts: between UTF-16 and UTF-8, case, digits. Pure text work, the same on every system.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// UTF-16 to UTF-8. Each unpaired surrogate becomes U+FFFD.
+std::string Utf8FromUtf16(std::u16string_view text);
+
+// UTF-8 to UTF-16. Each maximal invalid sequence becomes U+FFFD.
+std::u16string Utf16FromUtf8(std::string_view text);
+
+constexpr bool IsHighSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+constexpr bool IsLowSurrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+// A text, in UTF-8 or UTF-16, with A to Z turned into a to z and every other unit as it is. Two texts
+// that give the same differ at most in the case of these letters.
+template <class Unit> std::basic_string<Unit> FoldCase(std::basic_string<Unit> text) {
+    for (Unit& unit : text) {
+        if (unit >= Unit{'A'} && unit <= Unit{'Z'}) {
+            unit = static_cast<Unit>(unit - Unit{'A'} + Unit{'a'});
+        }
+    }
+    return text;
+}
+
+// The value of a hexadecimal digit in either case, or -1.
+constexpr int HexDigit(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return digit - '0';
+    }
+    if (digit >= 'a' && digit <= 'f') {
+        return digit - 'a' + 10;
+    }
+    return digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
+}

@@ -1,0 +1,60 @@
+// The transformations that a model document can state, as matrices for row vectors.
+#include "provider/document/Transforms.h"
+
+#include <numbers>
+
+constexpr double DegreesOfHalfTurn = 180.0;
+
+// Values between -1 and 1 as multiples of 2^-40. Quarter turns come out exact, so that a turned box
+// stays a box; and the run-time libraries of different systems, which differ in the last bits of a sine,
+// come to one result.
+static double RoundToGrid(double value) {
+    constexpr double steps = 1099511627776.0;
+    return std::round(value * steps) / steps;
+}
+
+Transform Multiply(const Transform& first, const Transform& second) {
+    Transform result;
+    for (size_t row = 0; row < 4; ++row) {
+        for (size_t column = 0; column < 4; ++column) {
+            double sum = 0.0;
+            for (size_t i = 0; i < 4; ++i) {
+                sum += first[row * 4 + i] * second[i * 4 + column];
+            }
+            result[row * 4 + column] = sum;
+        }
+    }
+    return result;
+}
+
+Transform ScaleTransform(Point3 factors) {
+    return {factors.X, 0, 0, 0, 0, factors.Y, 0, 0, 0, 0, factors.Z, 0, 0, 0, 0, 1};
+}
+
+Transform RotateTransform(Point3 axis, double degrees) {
+    const double radians = degrees / DegreesOfHalfTurn * std::numbers::pi;
+    const double sine = RoundToGrid(std::sin(radians));
+    const double cosine = RoundToGrid(std::cos(radians));
+    const double rest = 1.0 - cosine;
+    const auto [x, y, z] = axis;
+    return {cosine + rest * x * x,
+            rest * x * y + sine * z,
+            rest * x * z - sine * y,
+            0,
+            rest * x * y - sine * z,
+            cosine + rest * y * y,
+            rest * y * z + sine * x,
+            0,
+            rest * x * z + sine * y,
+            rest * y * z - sine * x,
+            cosine + rest * z * z,
+            0,
+            0,
+            0,
+            0,
+            1};
+}
+
+Transform MoveTransform(Point3 offset) {
+    return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, offset.X, offset.Y, offset.Z, 1};
+}

@@ -1,0 +1,29 @@
+// Texture coordinates of faces: mappings of pictures onto planes, and coordinates extended over a plane.
+#pragma once
+
+#include "provider/model/Model.h"
+
+#include <span>
+#include <vector>
+
+// Right and up of a side with the given unit normal, as somebody sees them who looks at that side.
+struct SideAxes {
+    Point3 Right;
+    Point3 Up;
+};
+SideAxes AxesOfSide(Point3 sideNormal);
+
+// The mapping that puts the picture's lower left corner at origin and one repeat of it, width by height
+// model units, along right and up. Points are carried onto the plane of right and up at right angles.
+// Gives false when right and up lie on one line or have no length.
+bool MakeMapping(Point3 origin, SideAxes axes, double width, double height, ModelMapping& mapping);
+
+// The texture coordinates (s, t, q) of each vertex of a face, for its front or its back. count is at
+// most the number of the face's vertices; coordinates has room for it.
+void CoordinatesOfSide(const Model& model, const ModelFace& face, bool front, size_t count,
+                       double coordinates[][3]);
+
+// Appends to coordinates one for each of the points from coordinates.size() on: the values at that place
+// of the plane that fits the coordinates already there best (least squares). normal is the unit normal
+// of the plane in which the points lie.
+void ExtendCoordinates(std::span<const Point3> points, Point3 normal, std::vector<Point3>& coordinates);

@@ -1,0 +1,144 @@
+// A model in memory: plain records in flat arrays that refer to each other by index. Readers of files
+// fill it; the 64 operations read it. It knows no files, no handles and no
+// constants of the operations.
+//
+// Coordinates are model coordinates: Z up, right-handed, in model units.
+#pragma once
+
+#include "provider/model/Picture.h"
+#include "provider/model/Vector.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Stands where an index refers to nothing.
+constexpr uint32_t NoIndex = 0xFFFFFFFF;
+
+// Levels of groups and instances within each other: who walks the model does so by recursion.
+constexpr uint32_t DeepestNesting = 512;
+
+struct IndexRange {
+    uint32_t First = 0;
+    uint32_t Count = 0;
+};
+
+// A 4 by 4 matrix for row vectors, row by row: translation in 12 to 14, homogeneous scale in 15.
+using Transform = std::array<double, 16>;
+constexpr Transform IdentityTransform = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+enum class MaterialType : uint8_t {
+    Plain,     // the colour alone
+    Textured,  // the picture as it is
+    Colorized, // the picture drawn over with the colour
+};
+
+struct ModelMaterial {
+    std::u16string Name;
+    std::array<uint8_t, 4> Color = {255, 255, 255, 255};
+    bool UseOpacity = false;
+    double Opacity = 1.0; // 0 is clear, 1 opaque
+    MaterialType Type = MaterialType::Plain;
+    uint32_t Picture = NoIndex;
+    std::u16string PictureName;
+    double Width = 1.0; // size of one repeat of the picture, in model units, above 0
+    double Height = 1.0;
+};
+
+struct ModelLayer {
+    std::u16string Name;
+    bool Visible = true;
+};
+
+// What groups, instances and images have in common with faces.
+struct ModelElement {
+    uint32_t Layer = 0; // 0 is the unnamed visible layer
+    uint32_t Material = NoIndex;
+    bool Hidden = false;
+};
+
+// Texture coordinates of a point p: s = Dot(S, p) + S0, t = Dot(T, p) + T0.
+struct ModelMapping {
+    Point3 S;
+    double S0 = 0.0;
+    Point3 T;
+    double T0 = 0.0;
+};
+
+// Texture coordinates come from Coordinates if that is set, else from Mapping, else from the default
+// mapping. They are finished if the material has a picture, else in model units.
+struct ModelSide {
+    uint32_t Material = NoIndex;
+    uint32_t Coordinates = NoIndex; // the first in Model::Coordinates, one per vertex of the face
+    uint32_t Mapping = NoIndex;     // in Model::Mappings
+};
+
+// A face and its triangulation. Triangles turn counter-clockwise about Normal or have no area.
+struct ModelFace {
+    Point3 Normal;         // unit normal of the front
+    double Distance = 0.0; // the plane is Dot(Normal, p) + Distance = 0
+    ModelSide Front;
+    ModelSide Back;
+    IndexRange Vertices;        // in Model::Positions
+    IndexRange Indices;         // in Model::Indices: three per triangle, counted from Vertices.First
+    uint32_t Normals = NoIndex; // the first in Model::Normals; unset for a face with one normal
+    uint32_t Layer = 0;
+    bool Hidden = false;
+};
+
+struct ModelGroup {
+    std::u16string Name;
+    Transform Placement = IdentityTransform;
+    ModelElement Element;
+    uint32_t Entities = 0;
+};
+
+struct ModelInstance {
+    Transform Placement = IdentityTransform;
+    ModelElement Element;
+    uint32_t Definition = 0;
+};
+
+// Placement carries the plane of one unit per pixel into the list that holds the image.
+struct ModelImage {
+    Transform Placement = IdentityTransform;
+    ModelElement Element;
+    uint32_t Picture = 0;
+    std::u16string PictureName;
+};
+
+struct ModelDefinition {
+    std::u16string Name;
+    uint32_t Entities = 0;
+};
+
+// One list of elements: what the model, a group or a definition holds.
+struct ModelEntities {
+    IndexRange Faces;
+    IndexRange Groups;
+    IndexRange Instances;
+    IndexRange Images;
+};
+
+struct Model {
+    std::vector<ModelPicture> Pictures;
+    std::vector<ModelMaterial> Materials;
+    std::vector<ModelLayer> Layers = {ModelLayer{}};
+    std::vector<ModelDefinition> Definitions;
+    std::vector<ModelEntities> Entities = {ModelEntities{}}; // the first is the model's own
+    std::vector<ModelFace> Faces;
+    std::vector<ModelGroup> Groups;
+    std::vector<ModelInstance> Instances;
+    std::vector<ModelImage> Images;
+
+    // Shared by all faces, each of which owns a range.
+    std::vector<Point3> Positions;
+    std::vector<Point3> Normals;
+    std::vector<Point3> Coordinates; // s, t, q
+    std::vector<uint32_t> Indices;
+    std::vector<ModelMapping> Mappings;
+
+    // What was left out of a file that could be used all the same: lines of text in UTF-8.
+    std::vector<std::string> Remarks;
+};

@@ -1,0 +1,169 @@
+// What stands behind the handles: the open model, and the strings and image reps that callers have made.
+//
+// A handle holds its kind, a serial number and an index, so that every operation can tell its own
+// handles from null, from handles of other kinds, from those of a model that is gone, and from anything
+// else.
+//   bits 56 to 63  HandleKind
+//   bits 52 to 55  for a drawing element: ElementKind
+//   bits 32 to 51  serial number of the model, or of the use of a slot
+//   bits  0 to 31  index
+#pragma once
+
+#include "api/SketchUpAPI.h"
+#include "provider/model/Model.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+constexpr int32_t Success = 0;
+constexpr int32_t Failure = 1;
+
+enum class HandleKind : uint8_t {
+    Model = 1,
+    Entities,
+    Face,
+    Group,
+    Instance,
+    Definition,
+    Image,
+    ImageRep,
+    Entity,
+    DrawingElement,
+    Layer,
+    Material,
+    Texture,
+    TextureWriter,
+    String,
+    UVHelper,
+    MeshHelper
+};
+
+// What a drawing element is a view of.
+enum class ElementKind : uint8_t { None, Face, Group, Instance, Image };
+
+constexpr int KindShift = 56;
+constexpr int ElementShift = 52;
+constexpr int SerialShift = 32;
+constexpr uint64_t SerialMask = 0xFFFFF;
+
+struct HandleParts {
+    HandleKind Kind = {};
+    ElementKind Element = ElementKind::None;
+    uint32_t Serial = 0;
+    uint32_t Index = 0;
+};
+
+constexpr uint64_t HandleValue(HandleParts parts) {
+    return uint64_t{static_cast<uint8_t>(parts.Kind)} << KindShift |
+           uint64_t{static_cast<uint8_t>(parts.Element)} << ElementShift |
+           (parts.Serial & SerialMask) << SerialShift | parts.Index;
+}
+
+constexpr HandleParts PartsOf(uint64_t value) {
+    return {static_cast<HandleKind>(value >> KindShift),
+            static_cast<ElementKind>(value >> ElementShift & 0xF),
+            static_cast<uint32_t>(value >> SerialShift & SerialMask), static_cast<uint32_t>(value)};
+}
+
+// Things that callers make and release, in slots that are used again. Serial grows with each use of a
+// slot, so that a handle ends with its release.
+template <class Content> struct Slot {
+    Content Value = {};
+    uint32_t Serial = 0;
+    bool Used = false;
+};
+
+struct ImageRep {
+    uint64_t Width = 0; // pixels; 0 until an image has filled the rep
+    uint64_t Height = 0;
+};
+
+struct ProviderState {
+    std::unique_ptr<Model> Open; // null while no model is open
+    uint32_t Serial = 0;         // of the model opened last
+    bool HasTextureWriter = false;
+    std::vector<Slot<std::u16string>> Strings;
+    std::vector<Slot<ImageRep>> ImageReps;
+};
+
+// The one state of the library: C operations have no other place for it.
+ProviderState& State();
+
+// A handle of the open model.
+inline uint64_t ModelHandleValue(HandleKind kind, uint32_t index,
+                                 ElementKind element = ElementKind::None) {
+    return HandleValue({kind, element, State().Serial, index});
+}
+
+// Whether a handle is of the kind and of the open model. Gives its index, not checked against any list.
+inline bool DecodeHandle(uint64_t value, HandleKind kind, HandleParts& parts) {
+    const ProviderState& state = State();
+    parts = PartsOf(value);
+    return state.Open != nullptr && parts.Kind == kind && parts.Serial == (state.Serial & SerialMask);
+}
+
+// The element of an array of the open model that a handle stands for, or null.
+template <class Element>
+const Element* FindElement(uint64_t value, HandleKind kind, const std::vector<Element> Model::*array) {
+    HandleParts parts;
+    if (!DecodeHandle(value, kind, parts) || parts.Element != ElementKind::None) {
+        return nullptr;
+    }
+    const std::vector<Element>& elements = State().Open.get()->*array;
+    return parts.Index < elements.size() ? &elements[parts.Index] : nullptr;
+}
+
+// Takes a free slot or a new one.
+template <class Content> uint64_t UseSlot(std::vector<Slot<Content>>& slots, HandleKind kind) {
+    uint32_t index = 0;
+    while (index < slots.size() && slots[index].Used) {
+        ++index;
+    }
+    if (index == slots.size()) {
+        slots.emplace_back();
+    }
+    slots[index].Used = true;
+    ++slots[index].Serial;
+    return HandleValue({kind, ElementKind::None, slots[index].Serial, index});
+}
+
+// The slot in use that a handle stands for, or null.
+template <class Content>
+Slot<Content>* FindSlot(std::vector<Slot<Content>>& slots, HandleKind kind, uint64_t value) {
+    const HandleParts parts = PartsOf(value);
+    if (parts.Kind != kind || parts.Element != ElementKind::None || parts.Index >= slots.size()) {
+        return nullptr;
+    }
+    Slot<Content>& slot = slots[parts.Index];
+    return slot.Used && (slot.Serial & SerialMask) == parts.Serial ? &slot : nullptr;
+}
+
+// Writes the handles of a range of elements, as many as fit, and how many they are.
+template <class Handle> int32_t WriteHandles(HandleKind kind, IndexRange range, uint64_t count,
+                                             Handle handles[], uint64_t* returned) {
+    if (returned == nullptr || (handles == nullptr && count > 0)) {
+        return Failure;
+    }
+    uint32_t written = 0;
+    for (; written < range.Count && written < count; ++written) {
+        handles[written].Value = ModelHandleValue(kind, range.First + written);
+    }
+    *returned = written;
+    return Success;
+}
+
+// Runs what can fail for lack of memory: no exception leaves a C operation.
+template <class Work> int32_t WithoutExceptions(Work work) {
+    try {
+        return work();
+    } catch (...) {
+        return Failure;
+    }
+}
+
+// Fills a caller's string.
+int32_t FillString(StringHandle* string, const std::u16string& text);
+
+// Writes a picture as PNG to a path in UTF-8.
+int32_t WritePicture(const ModelPicture& picture, const char* path);

@@ -1,0 +1,235 @@
+// Faces of a model from ready geometry. A triangulation that turns to all sides is cut by the axis to
+// which each triangle points most: simple, and never more than six faces.
+#include "provider/reading/FaceBuilder.h"
+
+#include <algorithm>
+#include <numeric>
+#include <span>
+
+// Cosine of the angle between a triangle's normal and the face's: triangles closer to edge-on than this
+// could change sides when the coordinates are rounded.
+constexpr double SmallestTurn = 1e-3;
+
+constexpr size_t AxisCount = 6;
+constexpr std::array<Point3, AxisCount> Axes = {Point3{1, 0, 0},  Point3{-1, 0, 0}, Point3{0, 1, 0},
+                                                Point3{0, -1, 0}, Point3{0, 0, 1},  Point3{0, 0, -1}};
+
+namespace {
+
+// Has the length of twice the triangle's area.
+Point3 NormalOfTriangle(const FaceGeometry& geometry, size_t firstIndex) {
+    const Point3 a = geometry.Positions[geometry.Indices[firstIndex]];
+    const Point3 b = geometry.Positions[geometry.Indices[firstIndex + 1]];
+    const Point3 c = geometry.Positions[geometry.Indices[firstIndex + 2]];
+    return Cross(b - a, c - a);
+}
+
+// The common normal of all triangles, if all of them turn to its side.
+bool FindCommonNormal(const FaceGeometry& geometry, Point3& normal) {
+    Point3 sum;
+    for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
+        sum = sum + NormalOfTriangle(geometry, i);
+    }
+    if (!MakeUnit(sum, normal)) {
+        return false;
+    }
+    for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
+        const Point3 own = NormalOfTriangle(geometry, i);
+        if (Dot(own, normal) < SmallestTurn * Length(own)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+size_t AxisOf(Point3 normal) {
+    const std::array<double, AxisCount / 2> parts = {normal.X, normal.Y, normal.Z};
+    size_t best = 0;
+    for (size_t i = 1; i < parts.size(); ++i) {
+        best = std::abs(parts[i]) > std::abs(parts[best]) ? i : best;
+    }
+    return 2 * best + (parts[best] < 0.0 ? 1 : 0);
+}
+
+// Appends values to an array of the model; gives the index of the first, or NoIndex where there are
+// none.
+uint32_t Append(std::vector<Point3>& array, const std::vector<Point3>& values) {
+    const uint32_t first = values.empty() ? NoIndex : static_cast<uint32_t>(array.size());
+    array.insert(array.end(), values.begin(), values.end());
+    return first;
+}
+
+// Appends triangles of one axis as a face with the vertices that they use. newIndices has NoIndex for
+// each vertex, before and after.
+void AddPart(Model& model, const FaceGeometry& whole, std::span<const uint32_t> triangles, size_t axis,
+             std::vector<uint32_t>& newIndices) {
+    ModelFace face;
+    face.Normal = Axes[axis];
+    face.Indices = {static_cast<uint32_t>(model.Indices.size()),
+                    static_cast<uint32_t>(3 * triangles.size())};
+    std::vector<uint32_t> used; // vertices in the order of their new indices
+    used.reserve(std::min(whole.Positions.size(), 3 * triangles.size()));
+    model.Indices.resize(model.Indices.size() + 3 * triangles.size());
+    uint32_t* index = model.Indices.data() + face.Indices.First;
+    for (const uint32_t triangle : triangles) {
+        for (size_t corner = 0; corner < 3; ++corner) {
+            const uint32_t vertex = whole.Indices[3 * size_t{triangle} + corner];
+            if (newIndices[vertex] == NoIndex) {
+                newIndices[vertex] = static_cast<uint32_t>(used.size());
+                used.push_back(vertex);
+            }
+            *index++ = newIndices[vertex];
+        }
+    }
+    // Gives the index of the first, or NoIndex where there are none.
+    const auto appendUsed = [&](const std::vector<Point3>& values, std::vector<Point3>& array) {
+        const size_t first = array.size();
+        array.resize(first + (values.empty() ? 0 : used.size()));
+        for (size_t i = 0; i < array.size() - first; ++i) {
+            array[first + i] = values[used[i]];
+        }
+        return values.empty() ? NoIndex : static_cast<uint32_t>(first);
+    };
+    face.Vertices = {appendUsed(whole.Positions, model.Positions), static_cast<uint32_t>(used.size())};
+    face.Normals = appendUsed(whole.Normals, model.Normals);
+    face.Front.Coordinates = appendUsed(whole.FrontCoordinates, model.Coordinates);
+    face.Back.Coordinates = appendUsed(whole.BackCoordinates, model.Coordinates);
+    for (const uint32_t vertex : used) {
+        newIndices[vertex] = NoIndex;
+    }
+    face.Distance = -Dot(face.Normal, model.Positions[face.Vertices.First]);
+    model.Faces.push_back(face);
+}
+
+} // namespace
+
+void AddFace(Model& model, const FaceGeometry& geometry, Point3 normal) {
+    ModelFace face;
+    face.Normal = normal;
+    face.Distance = -Dot(normal, geometry.Positions[0]);
+    face.Vertices = {Append(model.Positions, geometry.Positions),
+                     static_cast<uint32_t>(geometry.Positions.size())};
+    face.Indices = {static_cast<uint32_t>(model.Indices.size()),
+                    static_cast<uint32_t>(geometry.Indices.size())};
+    model.Indices.insert(model.Indices.end(), geometry.Indices.begin(), geometry.Indices.end());
+    face.Normals = Append(model.Normals, geometry.Normals);
+    face.Front.Coordinates = Append(model.Coordinates, geometry.FrontCoordinates);
+    face.Back.Coordinates = Append(model.Coordinates, geometry.BackCoordinates);
+    model.Faces.push_back(face);
+}
+
+void AddTriangulation(Model& model, const FaceGeometry& geometry) {
+    Point3 normal;
+    if (FindCommonNormal(geometry, normal)) {
+        AddFace(model, geometry, normal);
+        return;
+    }
+    const size_t count = geometry.Indices.size() / 3;
+    std::vector<uint8_t> axes(count);
+    std::array<size_t, AxisCount + 1> ends = {}; // of each axis, one place on: where the next begins
+    size_t axis = AxisOf(normal);
+    for (size_t triangle = 0; triangle < count; ++triangle) {
+        // A triangle without area goes with the one before it.
+        const Point3 own = NormalOfTriangle(geometry, 3 * triangle);
+        axis = Length(own) > 0.0 ? AxisOf(own) : axis;
+        axes[triangle] = static_cast<uint8_t>(axis);
+        ++ends[axis + 1];
+    }
+    std::partial_sum(ends.begin(), ends.end(), ends.begin());
+    std::array<size_t, AxisCount + 1> places = ends;
+    std::vector<uint32_t> order(count); // the triangles by their axes
+    for (size_t triangle = 0; triangle < count; ++triangle) {
+        order[places[axes[triangle]]++] = static_cast<uint32_t>(triangle);
+    }
+    std::vector<uint32_t> newIndices(geometry.Positions.size(), NoIndex);
+    for (axis = 0; axis < AxisCount; ++axis) {
+        const std::span triangles = std::span(order).subspan(ends[axis], ends[axis + 1] - ends[axis]);
+        if (!triangles.empty()) {
+            AddPart(model, geometry, triangles, axis, newIndices);
+        }
+    }
+}
+
+void CoverBothSides(Model& model, size_t firstFace, uint32_t material) {
+    for (size_t i = firstFace; i < model.Faces.size(); ++i) {
+        model.Faces[i].Front.Material = material;
+        model.Faces[i].Back = model.Faces[i].Front;
+    }
+}
+
+void DropUnusedVertices(FaceGeometry& geometry) {
+    std::vector<uint32_t> newIndices(geometry.Positions.size(), NoIndex);
+    for (const uint32_t vertex : geometry.Indices) {
+        newIndices[vertex] = 0;
+    }
+    uint32_t kept = 0;
+    for (size_t vertex = 0; vertex < newIndices.size(); ++vertex) {
+        if (newIndices[vertex] == NoIndex) {
+            continue;
+        }
+        const auto move = [&](std::vector<Point3>& values) {
+            if (!values.empty()) {
+                values[kept] = values[vertex];
+            }
+        };
+        move(geometry.Positions);
+        move(geometry.Normals);
+        move(geometry.FrontCoordinates);
+        move(geometry.BackCoordinates);
+        newIndices[vertex] = kept++;
+    }
+    for (std::vector<Point3>* values : {&geometry.Positions, &geometry.Normals,
+                                        &geometry.FrontCoordinates, &geometry.BackCoordinates}) {
+        values->resize(values->empty() ? 0 : kept);
+    }
+    for (uint32_t& vertex : geometry.Indices) {
+        vertex = newIndices[vertex];
+    }
+}
+
+void MakeFlatNormals(FaceGeometry& geometry) {
+    const auto expand = [&](std::vector<Point3>& values) {
+        if (values.empty()) {
+            return;
+        }
+        std::vector<Point3> corners;
+        corners.reserve(geometry.Indices.size());
+        for (const uint32_t vertex : geometry.Indices) {
+            corners.push_back(values[vertex]);
+        }
+        values.swap(corners);
+    };
+    expand(geometry.Positions);
+    expand(geometry.FrontCoordinates);
+    expand(geometry.BackCoordinates);
+    geometry.Normals.resize(geometry.Indices.size());
+    Point3 normal = {0.0, 0.0, 1.0};
+    for (size_t i = 0; i < geometry.Indices.size(); ++i) {
+        geometry.Indices[i] = static_cast<uint32_t>(i);
+        if (i % 3 == 2) {
+            MakeUnit(NormalOfTriangle(geometry, i - 2), normal);
+            std::fill_n(geometry.Normals.begin() + static_cast<ptrdiff_t>(i - 2), 3, normal);
+        }
+    }
+}
+
+void MakeSmoothNormals(FaceGeometry& geometry) {
+    geometry.Normals.assign(geometry.Positions.size(), {});
+    Point3 sum;
+    for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
+        const Point3 own = NormalOfTriangle(geometry, i);
+        sum = sum + own;
+        for (size_t corner = i; corner < i + 3; ++corner) {
+            Point3& normal = geometry.Normals[geometry.Indices[corner]];
+            normal = normal + own;
+        }
+    }
+    // Vertices whose triangles cancel out or have no area still need a direction.
+    Point3 fallback = {0.0, 0.0, 1.0};
+    MakeUnit(sum, fallback);
+    for (Point3& normal : geometry.Normals) {
+        if (!MakeUnit(normal, normal)) {
+            normal = fallback;
+        }
+    }
+}

@@ -1,0 +1,164 @@
+// From a node tree to lists of elements, level by level, so that each list's elements stand together.
+#include "provider/reading/NodeTree.h"
+
+#include <algorithm>
+#include <span>
+
+namespace {
+
+// What stands in the place of each axis, and with which sign, when Y goes up.
+constexpr std::array<size_t, 4> OldAxis = {0, 2, 1, 3};
+constexpr std::array<double, 4> OldSign = {1.0, -1.0, 1.0, 1.0};
+
+// The nodes level by level from the top.
+bool OrderNodes(const ImportedTree& tree, std::vector<uint32_t>& order, std::string& error) {
+    std::vector<bool> seen(tree.Nodes.size());
+    order = {0};
+    seen[0] = true;
+    size_t level = 0;
+    size_t levelEnd = 1;
+    for (size_t i = 0; i < order.size(); ++i) {
+        if (i == levelEnd) {
+            levelEnd = order.size();
+            // One more level is kept for the instance of a shared mesh.
+            if (++level > DeepestNesting - 1) {
+                error = "nodes are nested deeper than " + std::to_string(DeepestNesting - 1) + " levels";
+                return false;
+            }
+        }
+        for (const uint32_t child : tree.Nodes[order[i]].Children) {
+            if (child >= tree.Nodes.size() || seen[child]) {
+                error = "a node contains itself or stands in two places";
+                return false;
+            }
+            seen[child] = true;
+            order.push_back(child);
+        }
+    }
+    return true;
+}
+
+struct Placing {
+    const ImportedTree& Tree;
+    Model& Output;
+    std::vector<uint32_t> Uses;        // of each mesh
+    std::vector<uint32_t> Definitions; // of each mesh that is used more than once
+    std::vector<bool> HasMesh;         // of each node, itself or below it
+};
+
+bool AddFacesTo(Placing& placing, uint32_t list, std::span<const uint32_t> meshes) {
+    const auto first = static_cast<uint32_t>(placing.Output.Faces.size());
+    for (const uint32_t mesh : meshes) {
+        if (!placing.Tree.AddFaces(mesh)) {
+            return false;
+        }
+    }
+    placing.Output.Entities[list].Faces = {first,
+                                           static_cast<uint32_t>(placing.Output.Faces.size()) - first};
+    return true;
+}
+
+bool AddInstance(Placing& placing, uint32_t mesh) {
+    Model& model = placing.Output;
+    if (placing.Definitions[mesh] == NoIndex) {
+        const auto list = static_cast<uint32_t>(model.Entities.size());
+        placing.Definitions[mesh] = static_cast<uint32_t>(model.Definitions.size());
+        model.Definitions.push_back({placing.Tree.MeshNames[mesh], list});
+        model.Entities.emplace_back();
+        if (!AddFacesTo(placing, list, {&mesh, 1})) {
+            return false;
+        }
+    }
+    ModelInstance instance;
+    instance.Definition = placing.Definitions[mesh];
+    model.Instances.push_back(instance);
+    return true;
+}
+
+// Fills the list of a node and appends the lists of its children, whose nodes go to waiting.
+bool FillList(Placing& placing, uint32_t list, const ImportedNode& node,
+              std::vector<std::pair<uint32_t, uint32_t>>& waiting) {
+    Model& model = placing.Output;
+    std::vector<uint32_t> own;
+    std::vector<uint32_t> shared;
+    for (const uint32_t mesh : node.Meshes) {
+        (placing.Uses[mesh] == 1 ? own : shared).push_back(mesh);
+    }
+    const auto firstInstance = static_cast<uint32_t>(model.Instances.size());
+    if (!AddFacesTo(placing, list, own) ||
+        !std::ranges::all_of(shared, [&](uint32_t mesh) { return AddInstance(placing, mesh); })) {
+        return false;
+    }
+    const auto firstGroup = static_cast<uint32_t>(model.Groups.size());
+    for (const uint32_t child : node.Children) {
+        if (placing.HasMesh[child]) {
+            ModelGroup group;
+            group.Name = placing.Tree.Nodes[child].Name;
+            group.Placement = placing.Tree.Nodes[child].Placement;
+            group.Entities = static_cast<uint32_t>(model.Entities.size());
+            waiting.emplace_back(group.Entities, child);
+            model.Groups.push_back(std::move(group));
+            model.Entities.emplace_back();
+        }
+    }
+    model.Entities[list].Groups = {firstGroup, static_cast<uint32_t>(model.Groups.size()) - firstGroup};
+    model.Entities[list].Instances = {firstInstance,
+                                      static_cast<uint32_t>(model.Instances.size()) - firstInstance};
+    return true;
+}
+
+} // namespace
+
+Point3 ToModelAxes(UpAxis up, Point3 point) {
+    return up == UpAxis::Y ? Point3{point.X, -point.Z, point.Y} : point;
+}
+
+Transform ToModelAxes(UpAxis up, const Transform& transform) {
+    if (up == UpAxis::Z) {
+        return transform;
+    }
+    Transform turned;
+    for (size_t row = 0; row < 4; ++row) {
+        for (size_t column = 0; column < 4; ++column) {
+            // Plus zero makes a plain zero of a negative one.
+            turned[row * 4 + column] =
+                OldSign[row] * OldSign[column] * transform[OldAxis[row] * 4 + OldAxis[column]] + 0.0;
+        }
+    }
+    return turned;
+}
+
+bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error) {
+    std::vector<uint32_t> order;
+    if (!OrderNodes(tree, order, error)) {
+        return false;
+    }
+    const size_t meshCount = tree.MeshNames.size();
+    Placing placing = {tree, model, std::vector<uint32_t>(meshCount),
+                       std::vector<uint32_t>(meshCount, NoIndex), std::vector<bool>(tree.Nodes.size())};
+    for (size_t i = order.size(); i-- > 0;) {
+        const ImportedNode& node = tree.Nodes[order[i]];
+        for (const uint32_t mesh : node.Meshes) {
+            ++placing.Uses[mesh];
+        }
+        placing.HasMesh[order[i]] =
+            !node.Meshes.empty() ||
+            std::ranges::any_of(node.Children, [&](uint32_t child) { return placing.HasMesh[child]; });
+    }
+    std::vector<std::pair<uint32_t, uint32_t>> waiting = {{0, 0}};
+    for (size_t i = 0; i < waiting.size(); ++i) {
+        const auto [list, node] = waiting[i];
+        if (!FillList(placing, list, tree.Nodes[node], waiting)) {
+            return false;
+        }
+    }
+    if (model.Positions.size() >= NoIndex || model.Indices.size() >= NoIndex) {
+        error = "there are too many vertices or triangles";
+        return false;
+    }
+    if (model.Faces.empty()) {
+        error = "there are no triangles in it";
+        return false;
+    }
+    return true;
+}

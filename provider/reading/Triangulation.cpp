@@ -1,0 +1,170 @@
+// Plane polygons with holes to triangles: a fan for convex outlines, the sweep of the GLU tesselator for
+// everything else. The tesselator needs no display.
+#include "provider/reading/Triangulation.h"
+
+#include <GL/glu.h>
+
+#include <algorithm>
+#include <memory>
+
+// Twice the area of a loop over the square of its size: below this the area is rounding alone.
+constexpr double SmallestRelativeArea = 1e-12;
+
+bool NormalOfLoop(std::span<const Point3> loop, Point3& normal) {
+    Point3 sum;
+    double size = 0.0;
+    for (size_t i = 0; i < loop.size(); ++i) {
+        // Taken from the first corner, so that a face far from the origin keeps its digits.
+        const Point3 a = loop[i] - loop[0];
+        const Point3 b = loop[(i + 1) % loop.size()] - loop[0];
+        sum = sum + Cross(a, b);
+        size = std::max(size, Length(a));
+    }
+    if (!(Length(sum) > SmallestRelativeArea * size * size)) {
+        return false;
+    }
+    return MakeUnit(sum, normal);
+}
+
+namespace {
+
+double Turn(Point3 a, Point3 b, Point3 c, Point3 normal) {
+    return Dot(Cross(b - a, c - b), normal);
+}
+
+// Convex, without corners in line, and going round once.
+bool IsConvex(std::span<const Point3> loop, Point3 normal) {
+    const size_t count = loop.size();
+    for (size_t i = 0; i < count; ++i) {
+        if (!(Turn(loop[i], loop[(i + 1) % count], loop[(i + 2) % count], normal) > 0.0)) {
+            return false;
+        }
+    }
+    for (size_t i = 2; i < count; ++i) {
+        if (!(Turn(loop[0], loop[1], loop[i], normal) > 0.0) ||
+            !(Turn(loop[0], loop[i - 1], loop[i], normal) > 0.0)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// What the tesselator's callbacks work on. Indices of points travel through it as pointers, one higher
+// so that none is null.
+struct Sweep {
+    PolygonTriangulation* Polygon = nullptr;
+    bool Failed = false;
+};
+
+void* PointerOf(size_t index) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): nobody follows it.
+    return reinterpret_cast<void*>(static_cast<uintptr_t>(index + 1));
+}
+
+uint32_t IndexOf(const void* pointer) {
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(pointer) - 1);
+}
+
+// No exception may leave a callback: there is C above it.
+void OnVertex(void* vertex, void* data) {
+    Sweep& sweep = *static_cast<Sweep*>(data);
+    try {
+        sweep.Polygon->Indices.push_back(IndexOf(vertex));
+    } catch (const std::bad_alloc&) {
+        sweep.Failed = true;
+    }
+}
+
+void OnCombine(GLdouble[3], void* points[4], GLfloat weights[4], void** result, void* data) {
+    Sweep& sweep = *static_cast<Sweep*>(data);
+    *result = points[0];
+    if (points[2] == nullptr) {
+        return; // corners that fall together: one of them stands for both
+    }
+    try {
+        // The position that the tesselator offers is a sum with weights in single precision; as steps
+        // from one of the points it keeps its digits far from the origin.
+        std::vector<Point3>& corners = sweep.Polygon->Points;
+        CrossingPoint crossing;
+        Point3 position = corners[IndexOf(points[0])];
+        for (size_t i = 0; i < 4; ++i) {
+            if (points[i] != nullptr) {
+                crossing.Points[i] = IndexOf(points[i]);
+                crossing.Weights[i] = static_cast<double>(weights[i]);
+                position = position + crossing.Weights[i] *
+                                          (corners[crossing.Points[i]] - corners[crossing.Points[0]]);
+            }
+        }
+        sweep.Polygon->Crossings.push_back(crossing);
+        corners.push_back(position);
+        *result = PointerOf(sweep.Polygon->Points.size() - 1);
+    } catch (const std::bad_alloc&) {
+        sweep.Failed = true;
+    }
+}
+
+// Its presence makes the tesselator give separate triangles, no strips and fans.
+void OnEdgeFlag(GLboolean, void*) {
+}
+
+void OnError(GLenum, void* data) {
+    static_cast<Sweep*>(data)->Failed = true;
+}
+
+// The form in which the tesselator takes callbacks of all kinds.
+template <class Function> auto Callback(Function function) {
+    return reinterpret_cast<void (*)()>(function);
+}
+
+void AddLoop(GLUtesselator* tesselator, std::span<const Point3> points, size_t first, size_t end,
+             bool reversed) {
+    gluTessBeginContour(tesselator);
+    for (size_t i = first; i < end; ++i) {
+        const size_t index = reversed ? end - 1 - (i - first) : i;
+        GLdouble position[3] = {points[index].X, points[index].Y, points[index].Z};
+        gluTessVertex(tesselator, position, PointerOf(index));
+    }
+    gluTessEndContour(tesselator);
+}
+
+} // namespace
+
+bool TriangulatePolygon(PolygonTriangulation& polygon, Point3 normal) {
+    polygon.Indices.clear();
+    polygon.Crossings.clear();
+    if (polygon.LoopEnds.size() == 1 && IsConvex(polygon.Points, normal)) {
+        for (uint32_t i = 2; i < polygon.Points.size(); ++i) {
+            polygon.Indices.insert(polygon.Indices.end(), {0, i - 1, i});
+        }
+        return true;
+    }
+
+    const std::unique_ptr<GLUtesselator, void (*)(GLUtesselator*)> tesselator(
+        gluNewTess(), [](GLUtesselator* owned) { gluDeleteTess(owned); });
+    if (tesselator == nullptr) {
+        return false;
+    }
+    Sweep sweep = {&polygon, false};
+    gluTessCallback(tesselator.get(), GLU_TESS_VERTEX_DATA, Callback(OnVertex));
+    gluTessCallback(tesselator.get(), GLU_TESS_COMBINE_DATA, Callback(OnCombine));
+    gluTessCallback(tesselator.get(), GLU_TESS_EDGE_FLAG_DATA, Callback(OnEdgeFlag));
+    gluTessCallback(tesselator.get(), GLU_TESS_ERROR_DATA, Callback(OnError));
+    // With holes turned against the outline this is the outline minus all that the holes cover, also
+    // where holes overlap or leave the outline.
+    gluTessProperty(tesselator.get(), GLU_TESS_WINDING_RULE, GLU_TESS_WINDING_POSITIVE);
+    gluTessNormal(tesselator.get(), normal.X, normal.Y, normal.Z);
+
+    // Crossings are added to Points during the sweep, but only after all loops have gone in.
+    gluTessBeginPolygon(tesselator.get(), &sweep);
+    uint32_t first = 0;
+    for (const uint32_t end : polygon.LoopEnds) {
+        const std::span<const Point3> loop(polygon.Points.data() + first, end - first);
+        Point3 loopNormal;
+        const bool reversed =
+            first > 0 && NormalOfLoop(loop, loopNormal) && Dot(loopNormal, normal) > 0.0;
+        AddLoop(tesselator.get(), polygon.Points, first, end, reversed);
+        first = end;
+    }
+    gluTessEndPolygon(tesselator.get());
+    return !sweep.Failed && !polygon.Indices.empty() && polygon.Indices.size() % 3 == 0;
+}
