@@ -1,5 +1,5 @@
 // The faces of a model document: polygons, ready triangulations and what covers their sides.
-#include "provider/document/DocumentReader.h"
+#include "provider/document/DocumentFaces.h"
 
 #include "provider/model/Mapping.h"
 #include "provider/reading/FaceBuilder.h"
@@ -35,7 +35,7 @@ bool ReadSide(DocumentReader& reader, uint32_t node, SideText& side) {
     if (side.Coordinates != 0 && side.Mapping != 0) {
         return Fail(reader, node, "coordinates and mapping exclude each other");
     }
-    return material == 0 || ReadReference(reader, material, reader.Materials, "material", side.Material);
+    return ReadReference(reader, material, reader.Materials, "material", side.Material);
 }
 
 bool ReadCoordinates(DocumentReader& reader, uint32_t node, size_t count,
@@ -228,11 +228,9 @@ bool ReadMapping(DocumentReader& reader, uint32_t node, uint32_t material, Point
         repeatWidth = reader.Output.Materials[material].Width;
         repeatHeight = reader.Output.Materials[material].Height;
     }
-    if ((origin != 0 && !ReadPoint(reader, origin, start)) ||
-        (right != 0 && !ReadDirection(reader, right, axes.Right)) ||
-        (up != 0 && !ReadDirection(reader, up, axes.Up)) ||
-        (width != 0 && !ReadLength(reader, width, repeatWidth)) ||
-        (height != 0 && !ReadLength(reader, height, repeatHeight))) {
+    if (!ReadPoint(reader, origin, start) || !ReadDirection(reader, right, axes.Right) ||
+        !ReadDirection(reader, up, axes.Up) || !ReadLength(reader, width, repeatWidth) ||
+        !ReadLength(reader, height, repeatHeight)) {
         return false;
     }
     if (right != 0 && up == 0) {
@@ -295,9 +293,9 @@ bool ReadFace(DocumentReader& reader, uint32_t node) {
     ModelFace common;
     SideText frontText;
     SideText backText;
-    if ((layer != 0 && !ReadReference(reader, layer, reader.Layers, "layer", common.Layer)) ||
-        (hidden != 0 && !ReadFlag(reader, hidden, common.Hidden)) ||
-        !ReadSide(reader, front, frontText) || !ReadSide(reader, back, backText)) {
+    if (!ReadReference(reader, layer, reader.Layers, "layer", common.Layer) ||
+        !ReadFlag(reader, hidden, common.Hidden) || !ReadSide(reader, front, frontText) ||
+        !ReadSide(reader, back, backText)) {
         return false;
     }
 

@@ -18,9 +18,8 @@ bool Expect(DocumentReader& reader, uint32_t node, JsonKind kind, const char* wh
     return KindOf(reader.Json, node) == kind || Fail(reader, node, std::string("this must be ") + what);
 }
 
-} // namespace
-
-bool ReadMembers(DocumentReader& reader, uint32_t node, std::initializer_list<Member> members) {
+// node may be the document itself.
+bool ReadObject(DocumentReader& reader, uint32_t node, std::span<const Member> members) {
     if (!Expect(reader, node, JsonKind::Object, "an object")) {
         return false;
     }
@@ -48,6 +47,20 @@ bool ReadMembers(DocumentReader& reader, uint32_t node, std::initializer_list<Me
     return true;
 }
 
+} // namespace
+
+bool ReadMembers(DocumentReader& reader, uint32_t node, std::span<const Member> members) {
+    return node == 0 || ReadObject(reader, node, members);
+}
+
+bool ReadMembers(DocumentReader& reader, uint32_t node, std::initializer_list<Member> members) {
+    return ReadMembers(reader, node, std::span(members.begin(), members.size()));
+}
+
+bool ReadDocumentMembers(DocumentReader& reader, std::initializer_list<Member> members) {
+    return ReadObject(reader, 0, std::span(members.begin(), members.size()));
+}
+
 bool ReadEach(DocumentReader& reader, uint32_t node, const std::function<bool(uint32_t element)>& read) {
     if (node == 0) {
         return true;
@@ -64,6 +77,9 @@ bool ReadEach(DocumentReader& reader, uint32_t node, const std::function<bool(ui
 }
 
 bool ReadArray(DocumentReader& reader, uint32_t node, uint32_t smallestCount, const char* what) {
+    if (node == 0) {
+        return true;
+    }
     if (!Expect(reader, node, JsonKind::Array, "an array")) {
         return false;
     }
@@ -73,6 +89,9 @@ bool ReadArray(DocumentReader& reader, uint32_t node, uint32_t smallestCount, co
 }
 
 bool ReadNumber(DocumentReader& reader, uint32_t node, double& number) {
+    if (node == 0) {
+        return true;
+    }
     if (!Expect(reader, node, JsonKind::Number, "a number")) {
         return false;
     }
@@ -82,6 +101,9 @@ bool ReadNumber(DocumentReader& reader, uint32_t node, double& number) {
 
 bool ReadNumberIn(DocumentReader& reader, uint32_t node, double smallest, double largest,
                   double& number) {
+    if (node == 0) {
+        return true;
+    }
     if (!ReadNumber(reader, node, number)) {
         return false;
     }
@@ -91,11 +113,19 @@ bool ReadNumberIn(DocumentReader& reader, uint32_t node, double smallest, double
 }
 
 bool ReadLength(DocumentReader& reader, uint32_t node, double& length) {
-    return ReadNumber(reader, node, length) &&
-           (std::isnormal(length) && length > 0.0 ? true : Fail(reader, node, "this must be above 0"));
+    if (node == 0) {
+        return true;
+    }
+    if (!ReadNumber(reader, node, length)) {
+        return false;
+    }
+    return (std::isnormal(length) && length > 0.0) || Fail(reader, node, "this must be above 0");
 }
 
 bool ReadWhole(DocumentReader& reader, uint32_t node, uint32_t limit, uint32_t& number) {
+    if (node == 0) {
+        return true;
+    }
     double value = 0.0;
     if (!ReadNumber(reader, node, value)) {
         return false;
@@ -109,6 +139,9 @@ bool ReadWhole(DocumentReader& reader, uint32_t node, uint32_t limit, uint32_t& 
 }
 
 bool ReadPoint(DocumentReader& reader, uint32_t node, Point3& point) {
+    if (node == 0) {
+        return true;
+    }
     const bool isPoint = KindOf(reader.Json, node) == JsonKind::Array && CountIn(reader.Json, node) == 3;
     if (!isPoint) {
         return Fail(reader, node, "this must be an array of three numbers");
@@ -119,12 +152,18 @@ bool ReadPoint(DocumentReader& reader, uint32_t node, Point3& point) {
 }
 
 bool ReadDirection(DocumentReader& reader, uint32_t node, Point3& unit) {
+    if (node == 0) {
+        return true;
+    }
     Point3 direction;
     return ReadPoint(reader, node, direction) &&
            (MakeUnit(direction, unit) || Fail(reader, node, "this vector has no length"));
 }
 
 bool ReadFlag(DocumentReader& reader, uint32_t node, bool& flag) {
+    if (node == 0) {
+        return true;
+    }
     if (!Expect(reader, node, JsonKind::Bool, "true or false")) {
         return false;
     }
@@ -133,6 +172,9 @@ bool ReadFlag(DocumentReader& reader, uint32_t node, bool& flag) {
 }
 
 bool ReadText(DocumentReader& reader, uint32_t node, std::string_view& text) {
+    if (node == 0) {
+        return true;
+    }
     if (!Expect(reader, node, JsonKind::Text, "a text")) {
         return false;
     }
@@ -141,6 +183,9 @@ bool ReadText(DocumentReader& reader, uint32_t node, std::string_view& text) {
 }
 
 bool ReadText(DocumentReader& reader, uint32_t node, std::u16string& text) {
+    if (node == 0) {
+        return true;
+    }
     std::string_view utf8;
     if (!ReadText(reader, node, utf8)) {
         return false;
@@ -152,6 +197,9 @@ bool ReadText(DocumentReader& reader, uint32_t node, std::u16string& text) {
 bool ReadReference(DocumentReader& reader, uint32_t node,
                    const std::unordered_map<std::string_view, uint32_t>& names, const char* kind,
                    uint32_t& index) {
+    if (node == 0) {
+        return true;
+    }
     std::string_view name;
     if (!ReadText(reader, node, name)) {
         return false;
@@ -162,6 +210,20 @@ bool ReadReference(DocumentReader& reader, uint32_t node,
     }
     index = found->second;
     return true;
+}
+
+bool ReadUniqueName(DocumentReader& reader, uint32_t node, size_t index,
+                    std::unordered_map<std::string_view, uint32_t>& names, std::u16string& name) {
+    std::string_view utf8;
+    if (node == 0) {
+        return true;
+    }
+    if (!ReadText(reader, node, utf8)) {
+        return false;
+    }
+    name = Utf16FromUtf8(utf8);
+    return names.emplace(utf8, static_cast<uint32_t>(index)).second ||
+           Fail(reader, node, "the name " + Quoted(utf8) + " is taken already");
 }
 
 std::string Quoted(std::string_view text) {

@@ -1,6 +1,7 @@
 // What the parts of the model document's reader share: the state of the reading, and the reading of
-// single values. All reading operations give false after an error, which then stands in Error; a node is
-// the index of a value in Json, and node 0, the document itself, stands for a value that isn't there.
+// single values. A node is the index of a value in Json; 0, the document itself, stands for a value that
+// the document leaves out. All reading operations give false after an error, which then stands in Error,
+// and all take node 0: it keeps what stands in their output.
 #pragma once
 
 #include "provider/model/Model.h"
@@ -9,6 +10,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,15 +34,19 @@ struct DocumentReader {
 // Notes an error at a value. Always gives false.
 bool Fail(DocumentReader& reader, uint32_t node, const std::string& reason);
 
-// A key that an object may have. Node receives its value and is left alone where the key is missing.
+// A key that an object may have. Node receives its value; it is 0 before and stays so without the key.
 struct Member {
     std::string_view Key;
     uint32_t* Node;
     bool Required = false;
 };
+// Reads an object that has no other keys than these, each once.
+bool ReadMembers(DocumentReader& reader, uint32_t node, std::span<const Member> members);
 bool ReadMembers(DocumentReader& reader, uint32_t node, std::initializer_list<Member> members);
+// The same for the document itself.
+bool ReadDocumentMembers(DocumentReader& reader, std::initializer_list<Member> members);
 
-// Calls read for each element of an array. Nothing to do for node 0.
+// Calls read for each element of an array.
 bool ReadEach(DocumentReader& reader, uint32_t node, const std::function<bool(uint32_t element)>& read);
 
 // Checks that a value is an array of enough elements; what is how a message calls them, after a blank.
@@ -61,10 +67,11 @@ bool ReadReference(DocumentReader& reader, uint32_t node,
                    const std::unordered_map<std::string_view, uint32_t>& names, const char* kind,
                    uint32_t& index);
 
+// Reads the name of what comes next in a list, at the given index, and enters it in names.
+bool ReadUniqueName(DocumentReader& reader, uint32_t node, size_t index,
+                    std::unordered_map<std::string_view, uint32_t>& names, std::u16string& name);
+
 // A text as a message quotes it.
 std::string Quoted(std::string_view text);
 // A number in the shortest form with six digits.
 std::string NumberText(double number);
-
-// A face of the document: one or, for a triangulation that turns to all sides, several in Output.
-bool ReadFace(DocumentReader& reader, uint32_t node);

@@ -1,187 +1,15 @@
-// The model document but for its faces: materials, layers, definitions and the lists of elements.
+// The model document as a whole: definitions, the lists of elements, and how deep they nest.
 #include "provider/document/ModelDocument.h"
 
-#include "platform/Files.h"
-#include "platform/Text.h"
-#include "provider/document/DocumentReader.h"
+#include "provider/document/DocumentFaces.h"
+#include "provider/document/DocumentMaterials.h"
 #include "provider/document/Transforms.h"
 
 #include <algorithm>
 
 constexpr double Version = 1.0;
-constexpr uint32_t ColorLimit = 256;
 
 namespace {
-
-// The picture of a file name, loaded at its first use.
-bool ReadPicture(DocumentReader& reader, uint32_t node, uint32_t& index) {
-    std::string_view name;
-    if (!ReadText(reader, node, name)) {
-        return false;
-    }
-    const auto found = reader.Pictures.find(name);
-    if (found != reader.Pictures.end()) {
-        index = found->second;
-        return true;
-    }
-    const std::u16string file = Utf16FromUtf8(name);
-    std::vector<uint8_t> bytes;
-    if (!ReadWholeFile(PathIn(reader.Directory, file), bytes)) {
-        return Fail(reader, node, "the picture " + Quoted(name) + " can't be found or read");
-    }
-    ModelPicture picture;
-    if (const char* reason = LoadPicture(std::move(bytes), picture)) {
-        return Fail(reader, node, "the picture " + Quoted(name) + " " + reason);
-    }
-    index = static_cast<uint32_t>(reader.Output.Pictures.size());
-    reader.Output.Pictures.push_back(std::move(picture));
-    reader.Pictures.emplace(name, index);
-    return true;
-}
-
-// Width and height in model units of something that shows a picture.
-bool ReadPictureSize(DocumentReader& reader, uint32_t widthNode, uint32_t heightNode, uint32_t picture,
-                     double& width, double& height) {
-    const double pixelsWide = reader.Output.Pictures[picture].Width;
-    const double pixelsHigh = reader.Output.Pictures[picture].Height;
-    width = pixelsWide;
-    height = pixelsHigh;
-    if ((widthNode != 0 && !ReadLength(reader, widthNode, width)) ||
-        (heightNode != 0 && !ReadLength(reader, heightNode, height))) {
-        return false;
-    }
-    if (widthNode != 0 && heightNode == 0) {
-        height = width * pixelsHigh / pixelsWide;
-    } else if (widthNode == 0 && heightNode != 0) {
-        width = height * pixelsWide / pixelsHigh;
-    }
-    return true;
-}
-
-// Six hexadecimal digits after a number sign.
-bool ReadHexColor(std::string_view text, std::array<uint8_t, 4>& color) {
-    if (text.size() != 7 || text[0] != '#') {
-        return false;
-    }
-    for (size_t i = 0; i < 6; ++i) {
-        const int digit = HexDigit(text[i + 1]);
-        if (digit < 0) {
-            return false;
-        }
-        color[i / 2] = static_cast<uint8_t>(i % 2 == 0 ? digit * 16 : color[i / 2] + digit);
-    }
-    return true;
-}
-
-bool ReadColor(DocumentReader& reader, uint32_t node, std::array<uint8_t, 4>& color) {
-    if (KindOf(reader.Json, node) == JsonKind::Text) {
-        return ReadHexColor(TextOf(reader.Json, node), color) ||
-               Fail(reader, node, "this must be \"#RRGGBB\" with hexadecimal digits");
-    }
-    const bool isArray = KindOf(reader.Json, node) == JsonKind::Array;
-    const uint32_t count = isArray ? CountIn(reader.Json, node) : 0;
-    if (count != 3 && count != 4) {
-        return Fail(reader, node, "this must be \"#RRGGBB\" or an array of three or four numbers");
-    }
-    for (uint32_t i = 0; i < count; ++i) {
-        uint32_t value = 0;
-        if (!ReadWhole(reader, ValueIn(reader.Json, node, i), ColorLimit, value)) {
-            return false;
-        }
-        color[i] = static_cast<uint8_t>(value);
-    }
-    return true;
-}
-
-bool ReadMaterialType(DocumentReader& reader, uint32_t node, ModelMaterial& material) {
-    material.Type = material.Picture == NoIndex ? MaterialType::Plain : MaterialType::Textured;
-    std::string_view type;
-    if (node == 0) {
-        return true;
-    }
-    if (!ReadText(reader, node, type)) {
-        return false;
-    }
-    if (type == "plain") {
-        material.Type = MaterialType::Plain;
-    } else if (type == "textured" || type == "colorized") {
-        if (material.Picture == NoIndex) {
-            return Fail(reader, node, "a material of this type needs a picture");
-        }
-        material.Type = type == "textured" ? MaterialType::Textured : MaterialType::Colorized;
-    } else {
-        return Fail(reader, node, "this must be \"plain\", \"textured\" or \"colorized\"");
-    }
-    return true;
-}
-
-// Enters the name of what comes next in a list.
-bool ReadUniqueName(DocumentReader& reader, uint32_t node, size_t index,
-                    std::unordered_map<std::string_view, uint32_t>& names, std::u16string& name) {
-    if (!ReadText(reader, node, name)) {
-        return false;
-    }
-    return names.emplace(TextOf(reader.Json, node), static_cast<uint32_t>(index)).second ||
-           Fail(reader, node, "the name " + Quoted(TextOf(reader.Json, node)) + " is taken already");
-}
-
-bool ReadMaterial(DocumentReader& reader, uint32_t node) {
-    uint32_t name = 0;
-    uint32_t color = 0;
-    uint32_t opacity = 0;
-    uint32_t picture = 0;
-    uint32_t pictureName = 0;
-    uint32_t width = 0;
-    uint32_t height = 0;
-    uint32_t type = 0;
-    ModelMaterial material;
-    if (!ReadMembers(reader, node,
-                     {{"name", &name, true},
-                      {"color", &color},
-                      {"opacity", &opacity},
-                      {"picture", &picture},
-                      {"pictureName", &pictureName},
-                      {"width", &width},
-                      {"height", &height},
-                      {"type", &type}}) ||
-        !ReadUniqueName(reader, name, reader.Output.Materials.size(), reader.Materials, material.Name) ||
-        (color != 0 && !ReadColor(reader, color, material.Color)) ||
-        (opacity != 0 && !ReadNumberIn(reader, opacity, 0.0, 1.0, material.Opacity))) {
-        return false;
-    }
-    material.UseOpacity = opacity != 0;
-    if (picture != 0) {
-        if (!ReadPicture(reader, picture, material.Picture) ||
-            !ReadText(reader, pictureName != 0 ? pictureName : picture, material.PictureName) ||
-            !ReadPictureSize(reader, width, height, material.Picture, material.Width, material.Height)) {
-            return false;
-        }
-    } else {
-        for (const uint32_t needsPicture : {pictureName, width, height}) {
-            if (needsPicture != 0) {
-                return Fail(reader, needsPicture, "this key needs a picture");
-            }
-        }
-    }
-    if (!ReadMaterialType(reader, type, material)) {
-        return false;
-    }
-    reader.Output.Materials.push_back(std::move(material));
-    return true;
-}
-
-bool ReadLayer(DocumentReader& reader, uint32_t node) {
-    uint32_t name = 0;
-    uint32_t visible = 0;
-    ModelLayer layer;
-    if (!ReadMembers(reader, node, {{"name", &name, true}, {"visible", &visible}}) ||
-        !ReadUniqueName(reader, name, reader.Output.Layers.size(), reader.Layers, layer.Name) ||
-        (visible != 0 && !ReadFlag(reader, visible, layer.Visible))) {
-        return false;
-    }
-    reader.Output.Layers.push_back(std::move(layer));
-    return true;
-}
 
 bool ReadMatrix(DocumentReader& reader, uint32_t node, Transform& transform) {
     if (CountIn(reader.Json, node) != transform.size()) {
@@ -200,6 +28,9 @@ bool ReadScale(DocumentReader& reader, uint32_t node, Point3& factors) {
     if (KindOf(reader.Json, node) == JsonKind::Array) {
         return ReadPoint(reader, node, factors);
     }
+    if (node == 0) {
+        return true;
+    }
     double factor = 1.0;
     if (!ReadNumber(reader, node, factor)) {
         return false;
@@ -209,7 +40,7 @@ bool ReadScale(DocumentReader& reader, uint32_t node, Point3& factors) {
 }
 
 bool ReadRotation(DocumentReader& reader, uint32_t node, Point3& axis, double& degrees) {
-    if (KindOf(reader.Json, node) != JsonKind::Object) {
+    if (node == 0 || KindOf(reader.Json, node) != JsonKind::Object) {
         return ReadNumber(reader, node, degrees);
     }
     uint32_t axisNode = 0;
@@ -233,9 +64,8 @@ bool ReadTransform(DocumentReader& reader, uint32_t node, Transform& transform) 
     double degrees = 0.0;
     Point3 offset;
     if (!ReadMembers(reader, node, {{"scale", &scale}, {"rotate", &rotate}, {"move", &move}}) ||
-        (scale != 0 && !ReadScale(reader, scale, factors)) ||
-        (rotate != 0 && !ReadRotation(reader, rotate, axis, degrees)) ||
-        (move != 0 && !ReadPoint(reader, move, offset))) {
+        !ReadScale(reader, scale, factors) || !ReadRotation(reader, rotate, axis, degrees) ||
+        !ReadPoint(reader, move, offset)) {
         return false;
     }
     transform = Multiply(Multiply(ScaleTransform(factors), RotateTransform(axis, degrees)),
@@ -251,26 +81,28 @@ struct ElementNodes {
     uint32_t Hidden = 0;
 };
 
+void AddElementMembers(ElementNodes& nodes, std::vector<Member>& members) {
+    members.insert(members.end(), {{"transform", &nodes.Transform},
+                                   {"material", &nodes.Material},
+                                   {"layer", &nodes.Layer},
+                                   {"hidden", &nodes.Hidden}});
+}
+
 bool ReadElement(DocumentReader& reader, const ElementNodes& nodes, Transform& placement,
                  ModelElement& element) {
     return ReadTransform(reader, nodes.Transform, placement) &&
-           (nodes.Material == 0 ||
-            ReadReference(reader, nodes.Material, reader.Materials, "material", element.Material)) &&
-           (nodes.Layer == 0 ||
-            ReadReference(reader, nodes.Layer, reader.Layers, "layer", element.Layer)) &&
-           (nodes.Hidden == 0 || ReadFlag(reader, nodes.Hidden, element.Hidden));
+           ReadReference(reader, nodes.Material, reader.Materials, "material", element.Material) &&
+           ReadReference(reader, nodes.Layer, reader.Layers, "layer", element.Layer) &&
+           ReadFlag(reader, nodes.Hidden, element.Hidden);
 }
 
 bool ReadInstance(DocumentReader& reader, uint32_t node) {
     ElementNodes nodes;
     uint32_t definition = 0;
+    std::vector<Member> members = {{"definition", &definition, true}};
+    AddElementMembers(nodes, members);
     ModelInstance instance;
-    if (!ReadMembers(reader, node,
-                     {{"definition", &definition, true},
-                      {"transform", &nodes.Transform},
-                      {"material", &nodes.Material},
-                      {"layer", &nodes.Layer},
-                      {"hidden", &nodes.Hidden}}) ||
+    if (!ReadMembers(reader, node, members) ||
         !ReadReference(reader, definition, reader.Definitions, "definition", instance.Definition) ||
         !ReadElement(reader, nodes, instance.Placement, instance.Element)) {
         return false;
@@ -286,20 +118,17 @@ bool ReadImage(DocumentReader& reader, uint32_t node) {
     uint32_t pictureName = 0;
     uint32_t width = 0;
     uint32_t height = 0;
+    std::vector<Member> members = {{"picture", &picture, true},
+                                   {"pictureName", &pictureName},
+                                   {"width", &width},
+                                   {"height", &height}};
+    AddElementMembers(nodes, members);
     ModelImage image;
     double imageWidth = 1.0;
     double imageHeight = 1.0;
-    if (!ReadMembers(reader, node,
-                     {{"picture", &picture, true},
-                      {"pictureName", &pictureName},
-                      {"width", &width},
-                      {"height", &height},
-                      {"transform", &nodes.Transform},
-                      {"material", &nodes.Material},
-                      {"layer", &nodes.Layer},
-                      {"hidden", &nodes.Hidden}}) ||
-        !ReadPicture(reader, picture, image.Picture) ||
-        !ReadText(reader, pictureName != 0 ? pictureName : picture, image.PictureName) ||
+    if (!ReadMembers(reader, node, members) || !ReadPicture(reader, picture, image.Picture) ||
+        !ReadText(reader, picture, image.PictureName) ||
+        !ReadText(reader, pictureName, image.PictureName) ||
         !ReadPictureSize(reader, width, height, image.Picture, imageWidth, imageHeight) ||
         !ReadElement(reader, nodes, image.Placement, image.Element)) {
         return false;
@@ -322,24 +151,24 @@ struct ListNodes {
     uint32_t Images = 0;
 };
 
+void AddListMembers(ListNodes& nodes, std::vector<Member>& members) {
+    members.insert(members.end(), {{"faces", &nodes.Faces},
+                                   {"groups", &nodes.Groups},
+                                   {"instances", &nodes.Instances},
+                                   {"images", &nodes.Images}});
+}
+
 bool ReadLists(DocumentReader& reader, const ListNodes& nodes, uint32_t entities);
 
 bool ReadGroup(DocumentReader& reader, uint32_t node, uint32_t index) {
     ElementNodes nodes;
     ListNodes lists;
     uint32_t name = 0;
+    std::vector<Member> members = {{"name", &name}};
+    AddElementMembers(nodes, members);
+    AddListMembers(lists, members);
     ModelGroup group;
-    if (!ReadMembers(reader, node,
-                     {{"name", &name},
-                      {"transform", &nodes.Transform},
-                      {"material", &nodes.Material},
-                      {"layer", &nodes.Layer},
-                      {"hidden", &nodes.Hidden},
-                      {"faces", &lists.Faces},
-                      {"groups", &lists.Groups},
-                      {"instances", &lists.Instances},
-                      {"images", &lists.Images}}) ||
-        (name != 0 && !ReadText(reader, name, group.Name)) ||
+    if (!ReadMembers(reader, node, members) || !ReadText(reader, name, group.Name) ||
         !ReadElement(reader, nodes, group.Placement, group.Element)) {
         return false;
     }
@@ -385,14 +214,10 @@ bool ReadDefinitions(DocumentReader& reader, uint32_t node) {
     std::vector<ListNodes> lists;
     const bool named = ReadEach(reader, node, [&](uint32_t element) {
         uint32_t name = 0;
-        ListNodes& nodes = lists.emplace_back();
+        std::vector<Member> members = {{"name", &name, true}};
+        AddListMembers(lists.emplace_back(), members);
         ModelDefinition definition;
-        if (!ReadMembers(reader, element,
-                         {{"name", &name, true},
-                          {"faces", &nodes.Faces},
-                          {"groups", &nodes.Groups},
-                          {"instances", &nodes.Instances},
-                          {"images", &nodes.Images}}) ||
+        if (!ReadMembers(reader, element, members) ||
             !ReadUniqueName(reader, name, reader.Output.Definitions.size(), reader.Definitions,
                             definition.Name)) {
             return false;
@@ -463,12 +288,11 @@ bool ReadDocument(DocumentReader& reader) {
     uint32_t layers = 0;
     uint32_t definitions = 0;
     uint32_t entities = 0;
-    if (!ReadMembers(reader, 0,
-                     {{ModelDocumentKey, &version, true},
-                      {"materials", &materials},
-                      {"layers", &layers},
-                      {"definitions", &definitions},
-                      {"entities", &entities}})) {
+    if (!ReadDocumentMembers(reader, {{ModelDocumentKey, &version, true},
+                                      {"materials", &materials},
+                                      {"layers", &layers},
+                                      {"definitions", &definitions},
+                                      {"entities", &entities}})) {
         return false;
     }
     double number = 0.0;
@@ -480,12 +304,9 @@ bool ReadDocument(DocumentReader& reader) {
         return false;
     }
     ListNodes lists;
-    if (entities != 0 && (!ReadMembers(reader, entities,
-                                       {{"faces", &lists.Faces},
-                                        {"groups", &lists.Groups},
-                                        {"instances", &lists.Instances},
-                                        {"images", &lists.Images}}) ||
-                          !ReadLists(reader, lists, 0))) {
+    std::vector<Member> members;
+    AddListMembers(lists, members);
+    if (!ReadMembers(reader, entities, members) || !ReadLists(reader, lists, 0)) {
         return false;
     }
     NestingCheck check;
