@@ -1,13 +1,13 @@
 // Feeds any bytes to the scene file reader, with and without a known size, and what is sound to all that
 // scene-inspect makes of a scene but pictures.
 #include "FuzzInput.h"
-#include "inspect/GltfExport.h"
-#include "inspect/SceneDiff.h"
-#include "inspect/SceneJson.h"
-#include "inspect/SceneReader.h"
-#include "inspect/SceneSummary.h"
-#include "inspect/SceneTree.h"
-#include "inspect/SummaryText.h"
+#include "inspect/gltf/GltfExport.h"
+#include "inspect/report/SceneDiff.h"
+#include "inspect/report/SceneJson.h"
+#include "inspect/stored/SceneReader.h"
+#include "inspect/report/SceneSummary.h"
+#include "inspect/report/SceneTree.h"
+#include "inspect/report/SummaryText.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::span<const uint8_t> bytes(data, size);

@@ -1,16 +1,17 @@
 // scene-inspect: tells whether a scene file is sound, what it holds and how it looks.
-#include "inspect/Files.h"
-#include "inspect/GltfExport.h"
 #include "inspect/Options.h"
-#include "inspect/SceneDiff.h"
-#include "inspect/SceneJson.h"
-#include "inspect/ScenePicture.h"
-#include "inspect/SceneReader.h"
-#include "inspect/SceneSummary.h"
-#include "inspect/SceneTree.h"
-#include "inspect/SummaryText.h"
-#include "inspect/Wording.h"
+#include "inspect/drawing/ScenePicture.h"
+#include "inspect/gltf/GltfExport.h"
+#include "inspect/report/SceneDiff.h"
+#include "inspect/report/SceneJson.h"
+#include "inspect/report/SceneSummary.h"
+#include "inspect/report/SceneTree.h"
+#include "inspect/report/SummaryText.h"
+#include "inspect/stored/SceneReader.h"
+#include "inspect/stored/Wording.h"
 
+#include "platform/Bytes.h"
+#include "platform/Files.h"
 #include "platform/Main.h"
 #include "platform/Platform.h"
 
@@ -96,7 +97,7 @@ int ReportScene(const Options& options, const StoredScene& scene) {
 
 // False if not all could be written. Likewise below.
 bool WriteOutput(const std::u16string& path, std::string_view bytes) {
-    const int reason = WriteWholeFile(path, bytes);
+    const int reason = WriteWholeFile(path, BytesOfText(bytes));
     if (reason != 0) {
         PrintError(path + u": the file can't be written" + InBrackets(reason));
     }
@@ -116,7 +117,7 @@ bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& t
     return WriteOutput(options.GltfFile, gltf.Bytes);
 }
 
-bool WritePicture(const Options& options, const StoredScene& scene, TextureShelf& textures) {
+bool WriteDrawing(const Options& options, const StoredScene& scene, TextureShelf& textures) {
     const std::string png = EncodePng(DrawScene(scene, textures, options.Width, options.Height));
     if (png.empty()) {
         PrintError(options.PictureFile + u": the picture can't be encoded");
@@ -146,7 +147,7 @@ int WriteOutputs(const Options& options, const StoredScene& scene) {
         written = WriteGltf(options, scene, textures);
     }
     if (!options.PictureFile.empty()) {
-        written = WritePicture(options, scene, textures) && written;
+        written = WriteDrawing(options, scene, textures) && written;
     }
     for (const std::u16string& warning : textures.Warnings) {
         PrintError(options.File + u": " + warning);

@@ -1,8 +1,8 @@
 // Takes the arguments one after the other; each option may stand once.
 #include "inspect/Options.h"
 
-#include "inspect/ScenePicture.h"
-#include "inspect/Wording.h"
+#include "inspect/drawing/ScenePicture.h"
+#include "inspect/stored/Wording.h"
 
 #include "platform/Platform.h"
 

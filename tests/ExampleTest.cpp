@@ -1,5 +1,5 @@
 // The example house and documents that can't be used, converted by the program with the open library.
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
 #include "support/Files.h"
 #include "support/RunProgram.h"

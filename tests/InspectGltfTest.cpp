@@ -1,8 +1,8 @@
 // The binary glTF that scene-inspect writes: taken apart here, read by another program, and put before
 // the format's official validator.
-#include "inspect/Files.h"
-#include "inspect/GltfExport.h"
-#include "inspect/SceneSummary.h"
+#include "inspect/gltf/GltfExport.h"
+#include "inspect/report/SceneSummary.h"
+#include "platform/Files.h"
 
 #include "InspectTesting.h"
 

@@ -1,9 +1,9 @@
 // The pictures that scene-inspect draws: which pixels a triangle gets, what hides what, how textures
 // lie, and that a scene is framed, upright and not mirrored.
-#include "inspect/Mipmaps.h"
-#include "inspect/Rasteriser.h"
-#include "inspect/ScenePicture.h"
-#include "inspect/View.h"
+#include "inspect/drawing/Mipmaps.h"
+#include "inspect/drawing/Rasteriser.h"
+#include "inspect/drawing/ScenePicture.h"
+#include "inspect/drawing/View.h"
 
 #include "InspectTesting.h"
 

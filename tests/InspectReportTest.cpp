@@ -1,11 +1,11 @@
 // What scene-inspect tells of a scene: summary, tree, JSON, differences, and its exit codes.
 #include "inspect/Options.h"
-#include "inspect/SceneDiff.h"
-#include "inspect/SceneJson.h"
-#include "inspect/SceneSummary.h"
-#include "inspect/SceneTree.h"
-#include "inspect/SummaryText.h"
-#include "inspect/Wording.h"
+#include "inspect/report/SceneDiff.h"
+#include "inspect/report/SceneJson.h"
+#include "inspect/report/SceneSummary.h"
+#include "inspect/report/SceneTree.h"
+#include "inspect/report/SummaryText.h"
+#include "inspect/stored/Wording.h"
 
 #include "InspectTesting.h"
 

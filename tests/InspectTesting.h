@@ -1,7 +1,7 @@
 // Helpers for the tests of scene-inspect: scene files made byte by byte, and scenes made in memory.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 
 #include <bit>
 #include <cstdint>

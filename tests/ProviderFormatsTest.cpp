@@ -2,7 +2,7 @@
 // damaged ones; and what is said about those that can't be used.
 #include "ProviderTesting.h"
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 #include "support/Files.h"
 #include "support/RunProgram.h"
 

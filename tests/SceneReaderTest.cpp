@@ -1,7 +1,7 @@
 // The scene file reader against files built here byte by byte: sound ones come back as they were
 // written, and no wrong, missing or additional byte passes.
-#include "inspect/SceneReader.h"
-#include "inspect/SceneSummary.h"
+#include "inspect/stored/SceneReader.h"
+#include "inspect/report/SceneSummary.h"
 
 #include "InspectTesting.h"
 

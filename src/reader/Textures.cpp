@@ -38,7 +38,7 @@ Attempt WriteOfImage(const ModelImporter& importer, const MaterialEntry& entry) 
                                                            path->c_str(), false) == 0);
 }
 
-Attempt WritePicture(ModelImporter& importer, const MaterialEntry& entry) {
+Attempt WriteRowPicture(ModelImporter& importer, const MaterialEntry& entry) {
     // A row that an image took over from a material shows the material's picture.
     if (!IsNull(entry.Material)) {
         return WriteOfMaterial(importer, entry);
@@ -53,7 +53,7 @@ void WriteMaterialTexture(ModelImporter& importer, MaterialEntry& entry) {
         return;
     }
     entry.Written = true;
-    if (WritePicture(importer, entry) == Attempt::Failed) {
+    if (WriteRowPicture(importer, entry) == Attempt::Failed) {
         Log(importer, MessageErrorTexture, {entry.SourceTextureName, entry.OutputPath});
         importer.ImportStatus = StatusTextureNotWritten;
     }

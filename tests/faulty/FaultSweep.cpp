@@ -9,7 +9,7 @@
 //
 // PROGRAMS is the build folder. Prints the number of runs; the exit code is 0 if none was at fault.
 #include "RandomScript.h"
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
 #include "support/Files.h"
 

@@ -1,7 +1,7 @@
 // One run of orvane against the scripted library, in a folder of its own, and what it left behind.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 #include "support/Files.h"
 #include "support/RunProgram.h"
 

@@ -1,7 +1,7 @@
 // Compares a scene file with the model file that it was made from, as assimp's own triangulation shows
 // that: compare-import MODEL SCENE. Twice the triangles, one for each side, and the same extents. Exit
 // code 0: they agree; 1: they don't, or the scene file can't be read; 2: assimp can't read the model.
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
 
 #include <algorithm>

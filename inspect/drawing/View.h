@@ -4,7 +4,7 @@
 // origin. Screen space: pixels, x to the right, y down, (0, 0) the upper left corner of the picture.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/StoredScene.h"
 
 #include <array>
 

@@ -1,5 +1,5 @@
 // The few words that all reports share.
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
 
 #include "platform/Platform.h"
 

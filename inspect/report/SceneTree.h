@@ -1,7 +1,7 @@
 // The node tree in words, for people.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 
 #include <string>
 

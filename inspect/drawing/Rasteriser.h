@@ -4,7 +4,7 @@
 // triangle's pixels, less those of tiles that it is behind all over.
 #pragma once
 
-#include "inspect/Mipmaps.h"
+#include "inspect/drawing/Mipmaps.h"
 
 #include <array>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Bilinear filtering within one level.
-#include "inspect/Mipmaps.h"
+#include "inspect/drawing/Mipmaps.h"
 
 #include <algorithm>
 #include <cmath>

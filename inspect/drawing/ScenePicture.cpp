@@ -1,10 +1,10 @@
 // Draws at twice the size and averages: opaque triangles in the order of the file, then the others from
 // far to near. Before that, large opaque triangles and then the others are laid down from near to far
 // without their colours, so that what they hide needn't be drawn.
-#include "inspect/ScenePicture.h"
+#include "inspect/drawing/ScenePicture.h"
 
-#include "inspect/Rasteriser.h"
-#include "inspect/View.h"
+#include "inspect/drawing/Rasteriser.h"
+#include "inspect/drawing/View.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The summary as JSON, for programs.
 #pragma once
 
-#include "inspect/SceneSummary.h"
+#include "inspect/report/SceneSummary.h"
 
 #include <string>
 

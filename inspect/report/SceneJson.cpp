@@ -1,7 +1,7 @@
 // Puts the summary into JSON with nlohmann's library.
-#include "inspect/SceneJson.h"
+#include "inspect/report/SceneJson.h"
 
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
 
 #include "platform/Platform.h"
 

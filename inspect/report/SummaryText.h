@@ -1,7 +1,7 @@
 // The summary in words, for people.
 #pragma once
 
-#include "inspect/SceneSummary.h"
+#include "inspect/report/SceneSummary.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // A picture in ever smaller sizes, and colours taken from it.
 #pragma once
 
-#include "inspect/Textures.h"
+#include "inspect/stored/Textures.h"
 
 #include <array>
 #include <cstdint>

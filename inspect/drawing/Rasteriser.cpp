@@ -1,7 +1,7 @@
 // Edge functions on whole numbers (Juan Pineda, 1988), with the rule of left and upper edges; values
 // over the triangle are planes in screen space, divided by the nearness for perspective. Tiles that the
 // triangle is behind all over are passed by (Ned Greene and others, 1993, with two levels).
-#include "inspect/Rasteriser.h"
+#include "inspect/drawing/Rasteriser.h"
 
 #include <algorithm>
 #include <cmath>

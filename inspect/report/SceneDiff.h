@@ -1,7 +1,7 @@
 // How two scenes differ, in terms of nodes, meshes and fields.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/StoredScene.h"
 
 #include <string>
 

@@ -5,8 +5,8 @@
 // without length, which the format forbids, are replaced by that of a triangle at the vertex.
 #pragma once
 
-#include "inspect/SceneReader.h"
-#include "inspect/Textures.h"
+#include "inspect/stored/StoredScene.h"
+#include "inspect/stored/Textures.h"
 
 #include <string>
 

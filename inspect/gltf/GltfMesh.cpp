@@ -1,5 +1,5 @@
 // Copies the triangles that glTF can hold and repairs their normals.
-#include "inspect/GltfMesh.h"
+#include "inspect/gltf/GltfMesh.h"
 
 #include <cmath>
 #include <limits>

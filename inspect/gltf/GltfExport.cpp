@@ -1,11 +1,10 @@
 // Lays the scene out as a glTF model and lets tinygltf write it.
-#include "inspect/GltfExport.h"
+#include "inspect/gltf/GltfExport.h"
 
-#include "inspect/Files.h"
-#include "inspect/GltfMesh.h"
-#include "inspect/SceneSummary.h"
-#include "inspect/Wording.h"
+#include "inspect/gltf/GltfMesh.h"
+#include "inspect/stored/Wording.h"
 
+#include "platform/Files.h"
 #include "platform/Platform.h"
 
 #include <algorithm>

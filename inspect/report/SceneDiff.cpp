@@ -1,10 +1,11 @@
 // Walks both trees side by side, with a stack of its own.
-#include "inspect/SceneDiff.h"
+#include "inspect/report/SceneDiff.h"
 
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
 
 #include <algorithm>
 #include <bit>
+#include <span>
 
 namespace {
 

@@ -1,8 +1,8 @@
 // The scene file reader: one pass over the bytes, a stack of counts in place of recursion, and no memory
 // asked for beyond what the bytes met so far have filled, but for one step.
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
 
 #include "platform/Platform.h"
 

@@ -1,18 +1,13 @@
 // The facts about a scene that scene-inspect shows, without any wording.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/SceneReader.h"
 
 #include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <tuple>
 #include <vector>
-
-// Materials are one if name, texture path and colour agree; the file doesn't tell more.
-using MaterialKey = std::tuple<std::u16string, std::u16string, std::array<float, 4>>;
-MaterialKey KeyOf(const StoredMaterial& material);
 
 struct MaterialSummary {
     StoredMaterial Material;

@@ -1,7 +1,7 @@
 // Frames a scene. For a given direction the picture's four edges are planes through the eye; each point
 // pushes one plane of each pair furthest out, and where the planes meet is the nearest eye that sees
 // all.
-#include "inspect/View.h"
+#include "inspect/drawing/View.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // A picture of a scene from a corner above: textured, lit from beside the eye, on a plain background.
 #pragma once
 
-#include "inspect/SceneReader.h"
-#include "inspect/Textures.h"
+#include "inspect/stored/StoredScene.h"
+#include "inspect/stored/Textures.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // Words the summary, one fact to a line, with the numbers in a column.
-#include "inspect/SummaryText.h"
+#include "inspect/report/SummaryText.h"
 
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
 
 #include <algorithm>
 

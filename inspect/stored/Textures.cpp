@@ -1,8 +1,8 @@
 // Reads pictures with stb_image.
-#include "inspect/Textures.h"
+#include "inspect/stored/Textures.h"
 
-#include "inspect/Files.h"
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
+#include "platform/Files.h"
 
 #include <memory>
 #include <string_view>
@@ -73,8 +73,8 @@ const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath
     std::optional<Texture>& picture = place->second;
     if (isNew) {
         const char16_t* reason = u"can't be read";
-        if (auto bytes = ReadWholeFile(shelf.Directory + name, LargestFile)) {
-            picture.emplace().FileBytes = std::move(*bytes);
+        if (ReadWholeFile(shelf.Directory + name, picture.emplace().FileBytes,
+                          {.LargestSize = LargestFile, .AllowDevices = true})) {
             reason = Decode(*picture);
         }
         if (reason != nullptr) {

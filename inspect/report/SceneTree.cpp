@@ -1,7 +1,7 @@
 // Words the tree while it is read.
-#include "inspect/SceneTree.h"
+#include "inspect/report/SceneTree.h"
 
-#include "inspect/Wording.h"
+#include "inspect/stored/Wording.h"
 
 #include <algorithm>
 

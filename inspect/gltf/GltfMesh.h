@@ -1,7 +1,7 @@
 // One stored mesh made fit for glTF: finite, right-handed, with normals of unit length.
 #pragma once
 
-#include "inspect/SceneReader.h"
+#include "inspect/stored/StoredScene.h"
 
 #include <vector>
 

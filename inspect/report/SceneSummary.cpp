@@ -1,5 +1,5 @@
 // Gathers the facts in one pass, a node or a mesh at a time.
-#include "inspect/SceneSummary.h"
+#include "inspect/report/SceneSummary.h"
 
 #include <algorithm>
 #include <cmath>
@@ -103,10 +103,6 @@ void AddMesh(const StoredNode& node, const StoredMesh& mesh, Tally& tally) {
 }
 
 } // namespace
-
-MaterialKey KeyOf(const StoredMaterial& material) {
-    return {material.Name, material.TexturePath, material.Colour};
-}
 
 SceneSummary Summarize(const StoredScene& scene) {
     SceneSummary summary;
