@@ -1,6 +1,6 @@
 // The pools are drawn from few values per float, so that matches, near misses and choices between
 // several matches are frequent.
-#include "WeldCases.h"
+#include "mesh/WeldCases.h"
 
 #include <algorithm>
 #include <array>

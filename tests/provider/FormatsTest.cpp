@@ -1,6 +1,6 @@
 // Interchange formats: small files, each converted and compared with the same model as a model document;
 // damaged ones; and what is said about those that can't be used.
-#include "ProviderTesting.h"
+#include "provider/ProviderTesting.h"
 
 #include "inspect/stored/SceneReader.h"
 #include "support/Files.h"

@@ -1,8 +1,8 @@
 // Welding against its definition: the same vertices and indices to the last bit, on pools made to show
 // any difference.
+#include "mesh/LiteralWeld.h"
+#include "mesh/WeldCases.h"
 #include "mesh/WeldVertices.h"
-#include "support/LiteralWeld.h"
-#include "support/WeldCases.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "inspect/stored/SceneReader.h"
 #include "inspect/report/SceneSummary.h"
 
-#include "InspectTesting.h"
+#include "inspect/InspectTesting.h"
 
 #include "platform/Platform.h"
 #include "support/Files.h"

@@ -5,7 +5,7 @@
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/drawing/View.h"
 
-#include "InspectTesting.h"
+#include "inspect/InspectTesting.h"
 
 #include "platform/Platform.h"
 #include "support/Files.h"

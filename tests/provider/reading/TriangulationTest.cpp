@@ -1,7 +1,7 @@
 // Polygons to triangles, and mappings of pictures onto them.
+#include "provider/reading/Triangulation.h"
 #include "provider/model/Mapping.h"
 #include "provider/reading/FaceBuilder.h"
-#include "provider/reading/Triangulation.h"
 
 #include <gtest/gtest.h>
 

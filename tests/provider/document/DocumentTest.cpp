@@ -1,5 +1,5 @@
 // Model documents: what their keys come to in the model, and what is said about broken ones.
-#include "ProviderTesting.h"
+#include "provider/ProviderTesting.h"
 
 #include "provider/model/Mapping.h"
 

@@ -7,7 +7,7 @@
 #include "inspect/report/SummaryText.h"
 #include "inspect/stored/Wording.h"
 
-#include "InspectTesting.h"
+#include "inspect/InspectTesting.h"
 
 #include "platform/Platform.h"
 #include "support/Files.h"

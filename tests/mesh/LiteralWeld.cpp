@@ -1,5 +1,5 @@
 // The grid of 64 x 8 x 64 cells with its chains, newest entry first, and the plain scan.
-#include "LiteralWeld.h"
+#include "mesh/LiteralWeld.h"
 
 #include <algorithm>
 #include <cmath>

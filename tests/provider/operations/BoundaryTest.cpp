@@ -1,5 +1,5 @@
 // The 64 operations of the provider as a caller meets them: values, wrong handles, texts and pictures.
-#include "ProviderTesting.h"
+#include "provider/ProviderTesting.h"
 
 #include "api/SketchUpAPI.h"
 #include "provider/model/Picture.h"

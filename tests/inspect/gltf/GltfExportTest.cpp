@@ -4,7 +4,7 @@
 #include "inspect/report/SceneSummary.h"
 #include "platform/Files.h"
 
-#include "InspectTesting.h"
+#include "inspect/InspectTesting.h"
 
 #include "platform/Platform.h"
 #include "support/Files.h"
