@@ -2,7 +2,6 @@
 #include "reader/Images.h"
 
 #include "reader/LibraryReading.h"
-#include "reader/Materials.h"
 #include "reader/Textures.h"
 #include "run/Paths.h"
 

@@ -3,7 +3,7 @@
 
 #include "api/SketchUpAPI.h"
 #include "reader/LibraryReading.h"
-#include "run/Log.h"
+#include "reader/Textures.h"
 #include "run/Paths.h"
 
 namespace {
@@ -71,16 +71,6 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
 }
 
 } // namespace
-
-TexturePaths NextTexturePaths(ModelImporter& importer) {
-    ++importer.TextureCounter;
-    const auto compose = [&importer](const std::u16string& directory) {
-        return Format(u"%s%sTexture%d.png",
-                      {directory, importer.TexturePrefix, importer.TextureCounter});
-    };
-    return {.OutputPath = compose(importer.OutputDirectory),
-            .RelativePath = compose(importer.RelativeDirectory)};
-}
 
 void ImportMaterials(ModelImporter& importer) {
     if (importer.ImportStatus != StatusOk) {

@@ -3,15 +3,6 @@
 
 #include "run/ModelImporter.h"
 
-// Where the picture of a new texture number goes.
-struct TexturePaths {
-    std::u16string OutputPath;   // in the directory of the scene file
-    std::u16string RelativePath; // as the scene file refers to it
-};
-
-// Hands out the next texture number and gives its paths.
-TexturePaths NextTexturePaths(ModelImporter& importer);
-
 // Appends the default row, then one row for each material of the model, used or not. Textured materials
 // with the same source file name and the same red, green and blue share one file. A failing query leaves
 // rows with less, or only the default row; nothing is logged and no status set.

@@ -48,6 +48,16 @@ Attempt WriteRowPicture(ModelImporter& importer, const MaterialEntry& entry) {
 
 } // namespace
 
+TexturePaths NextTexturePaths(ModelImporter& importer) {
+    ++importer.TextureCounter;
+    const auto compose = [&importer](const std::u16string& directory) {
+        return Format(u"%s%sTexture%d.png",
+                      {directory, importer.TexturePrefix, importer.TextureCounter});
+    };
+    return {.OutputPath = compose(importer.OutputDirectory),
+            .RelativePath = compose(importer.RelativeDirectory)};
+}
+
 void WriteMaterialTexture(ModelImporter& importer, MaterialEntry& entry) {
     if (importer.ImportStatus != StatusOk || entry.Written) {
         return;
