@@ -1,7 +1,7 @@
 // The 64 operations of the shared library SketchUpAPI: all that this program knows of a model.
 //
 // The library is bound when the program is loaded; whatever exports these 64 names serves. The build
-// reads the list of names from the declarations below, so this file is the one place where it stands.
+// reads the list of names from the declarations below, so this file is its only place.
 //
 // Common to all operations:
 // - The result is 0 for success; any other value is a failure, and no two failures are told apart.

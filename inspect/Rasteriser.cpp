@@ -55,19 +55,20 @@ struct Plane {
     double StepY;
 };
 
-// The triangle's edges from its first corner, in pixels, and the middle of the first pixel from there.
-struct Base {
+// What the planes over one triangle are made from: its edges from its first corner, and the middle of
+// its first pixel from there. [Units: pixels]
+struct PlaneFrame {
     double X1, Y1, X2, Y2;
     double Area; // Twice the triangle's, above 0.
     double FromX, FromY;
 };
 
-Plane MakePlane(const Base& base, double value0, double value1, double value2) {
+Plane MakePlane(const PlaneFrame& frame, double value0, double value1, double value2) {
     const double rise1 = value1 - value0;
     const double rise2 = value2 - value0;
-    const double stepX = (rise1 * base.Y2 - rise2 * base.Y1) / base.Area;
-    const double stepY = (rise2 * base.X1 - rise1 * base.X2) / base.Area;
-    return {value0 + stepX * base.FromX + stepY * base.FromY, stepX, stepY};
+    const double stepX = (rise1 * frame.Y2 - rise2 * frame.Y1) / frame.Area;
+    const double stepY = (rise2 * frame.X1 - rise1 * frame.X2) / frame.Area;
+    return {value0 + stepX * frame.FromX + stepY * frame.FromY, stepX, stepY};
 }
 
 double ValueAt(const Plane& plane, double column, double row) {
@@ -98,7 +99,7 @@ double TexelsPerPixel(const Planes& planes, const Mipmaps& picture, double u, do
 
 Colour ColourAt(const Planes& planes, const Surface& surface, double column, double row,
                 double nearness) {
-    Colour colour = surface.Base;
+    Colour colour = surface.BaseColour;
     if (surface.Picture != nullptr) {
         const double u = ValueAt(planes.U, column, row) / nearness;
         const double v = ValueAt(planes.V, column, row) / nearness;
@@ -126,8 +127,8 @@ int64_t FirstPixel(int64_t place) {
     return (place + HalfPixel - 1) / Steps;
 }
 
-// A triangle made ready: the part of its box within the canvas, in pixels, and what is needed from its
-// upper left pixel on.
+// A triangle as it is drawn: the part of its box within the canvas, in pixels, and what is needed from
+// its upper left pixel on.
 struct Triangle {
     int64_t Left, Top, Right, Bottom;
     std::array<Edge, 3> Edges;
@@ -154,23 +155,24 @@ std::optional<Triangle> MakeTriangle(const Canvas& canvas, const std::array<Scre
     const auto pixels = [](int64_t from, int64_t to) {
         return static_cast<double>(to - from) / static_cast<double>(Steps);
     };
-    const Base base = {pixels(a.X, b.X),
-                       pixels(a.Y, b.Y),
-                       pixels(a.X, c.X),
-                       pixels(a.Y, c.Y),
-                       static_cast<double>(area) / static_cast<double>(Steps * Steps),
-                       pixels(a.X, start.X),
-                       pixels(a.Y, start.Y)};
+    const PlaneFrame frame = {pixels(a.X, b.X),
+                              pixels(a.Y, b.Y),
+                              pixels(a.X, c.X),
+                              pixels(a.Y, c.Y),
+                              static_cast<double>(area) / static_cast<double>(Steps * Steps),
+                              pixels(a.X, start.X),
+                              pixels(a.Y, start.Y)};
     const auto& [p, q, r] = corners;
-    return Triangle{left,
-                    top,
-                    right,
-                    bottom,
-                    {MakeEdge(a, b, start), MakeEdge(b, c, start), MakeEdge(c, a, start)},
-                    {MakePlane(base, p.Nearness, q.Nearness, r.Nearness),
-                     MakePlane(base, p.U * p.Nearness, q.U * q.Nearness, r.U * r.Nearness),
-                     MakePlane(base, p.V * p.Nearness, q.V * q.Nearness, r.V * r.Nearness),
-                     MakePlane(base, p.Light * p.Nearness, q.Light * q.Nearness, r.Light * r.Nearness)}};
+    return Triangle{
+        left,
+        top,
+        right,
+        bottom,
+        {MakeEdge(a, b, start), MakeEdge(b, c, start), MakeEdge(c, a, start)},
+        {MakePlane(frame, p.Nearness, q.Nearness, r.Nearness),
+         MakePlane(frame, p.U * p.Nearness, q.U * q.Nearness, r.U * r.Nearness),
+         MakePlane(frame, p.V * p.Nearness, q.V * q.Nearness, r.V * r.Nearness),
+         MakePlane(frame, p.Light * p.Nearness, q.Light * q.Nearness, r.Light * r.Nearness)}};
 }
 
 // Columns, the last one left out.
@@ -220,55 +222,80 @@ void CountLooks(Canvas& canvas, Tile& tile, int64_t column, int64_t row, uint32_
     tile = {farthest, 0, false};
 }
 
-// Calls use(place, column, row, nearness) for each pixel of the triangle that is nearer than what is
-// there. It tells whether it has changed the canvas's nearness.
-template <typename Use> void ForEachNearer(Canvas& canvas, const Triangle& triangle, Use use) {
-    std::array<Edge, 3> edges = triangle.Edges;
-    std::array<Span, TileSide> spans;
-    for (int64_t top = triangle.Top; top < triangle.Bottom;) {
-        // The rows of one row of tiles.
-        const int64_t bottom = std::min(triangle.Bottom, (top / TileSide + 1) * TileSide);
-        Span all = {triangle.Right - triangle.Left, 0};
-        for (int64_t y = top; y < bottom; ++y) {
-            const Span span = PixelsOfRow(edges, triangle.Right - triangle.Left);
-            spans[static_cast<size_t>(y - top)] = span;
-            if (span.First < span.End) {
-                all = {std::min(all.First, span.First), std::max(all.End, span.End)};
-            }
-            for (Edge& edge : edges) {
-                edge.Value += edge.StepY;
+// A row of tiles, as far as the triangle reaches into it: rows from the triangle's first one, and the
+// pixels of each, columns from the triangle's first one.
+struct TileRow {
+    Span Rows;
+    std::array<Span, TileSide> Pixels; // of each row, from the first one of Rows
+    Span Columns;                      // of all rows together; empty if none has a pixel
+};
+
+// Takes the edges from the first row to the one behind the last.
+TileRow MakeTileRow(const Triangle& triangle, Span rows, std::array<Edge, 3>& edges) {
+    const int64_t width = triangle.Right - triangle.Left;
+    TileRow tiles = {rows, {}, {width, 0}};
+    for (int64_t row = rows.First; row < rows.End; ++row) {
+        const Span pixels = PixelsOfRow(edges, width);
+        tiles.Pixels[static_cast<size_t>(row - rows.First)] = pixels;
+        if (pixels.First < pixels.End) {
+            tiles.Columns = {std::min(tiles.Columns.First, pixels.First),
+                             std::max(tiles.Columns.End, pixels.End)};
+        }
+        for (Edge& edge : edges) {
+            edge.Value += edge.StepY;
+        }
+    }
+    return tiles;
+}
+
+// What was done in one tile.
+struct Visit {
+    uint32_t Looks = 0; // pixels looked at
+    bool HasChanged = false;
+};
+
+// ForEachNearer for these columns of a row of tiles.
+template <typename Use> Visit VisitTile(const Canvas& canvas, const Triangle& triangle,
+                                        const TileRow& tiles, Span columns, Use use) {
+    Visit visit;
+    for (int64_t y = tiles.Rows.First; y < tiles.Rows.End; ++y) {
+        const Span pixels = tiles.Pixels[static_cast<size_t>(y - tiles.Rows.First)];
+        const int64_t end = std::min(pixels.End, columns.End);
+        const auto row = static_cast<double>(y);
+        for (int64_t x = std::max(pixels.First, columns.First); x < end; ++x, ++visit.Looks) {
+            const auto column = static_cast<double>(x);
+            const double nearness = ValueAt(triangle.Values.Nearness, column, row);
+            const auto place = static_cast<size_t>(triangle.Top + y) * canvas.Width +
+                               static_cast<size_t>(triangle.Left + x);
+            if (static_cast<float>(nearness) > canvas.Nearness[place]) {
+                visit.HasChanged = use(place, column, row, nearness) || visit.HasChanged;
             }
         }
-        const Span rows = {top - triangle.Top, bottom - triangle.Top};
-        for (int64_t first = all.First; first < all.End;) {
-            // The columns of one tile, from the triangle's first one and from the canvas's.
+    }
+    return visit;
+}
+
+// Calls use(place, column, row, nearness) for each pixel of the triangle that is nearer than what is
+// there. Its result is whether it has changed the canvas's nearness.
+template <typename Use> void ForEachNearer(Canvas& canvas, const Triangle& triangle, Use use) {
+    std::array<Edge, 3> edges = triangle.Edges;
+    for (int64_t top = triangle.Top; top < triangle.Bottom;) {
+        const int64_t tileRow = top / TileSide;
+        const int64_t bottom = std::min(triangle.Bottom, (tileRow + 1) * TileSide);
+        const TileRow tiles = MakeTileRow(triangle, {top - triangle.Top, bottom - triangle.Top}, edges);
+        for (int64_t first = tiles.Columns.First; first < tiles.Columns.End;) {
             const int64_t tileColumn = (triangle.Left + first) / TileSide;
-            const Span columns = {first, std::min(all.End, (tileColumn + 1) * TileSide - triangle.Left)};
+            const Span columns = {
+                first, std::min(tiles.Columns.End, (tileColumn + 1) * TileSide - triangle.Left)};
             first = columns.End;
             Tile& tile =
-                canvas
-                    .Tiles[static_cast<size_t>(top / TileSide * TilesAlong(canvas.Width) + tileColumn)];
-            const double most = MostWithin(triangle.Values.Nearness, columns, rows);
-            if (static_cast<float>(most) <= tile.Farthest) {
-                continue;
+                canvas.Tiles[static_cast<size_t>(tileRow * TilesAlong(canvas.Width) + tileColumn)];
+            const double most = MostWithin(triangle.Values.Nearness, columns, tiles.Rows);
+            if (static_cast<float>(most) > tile.Farthest) {
+                const Visit visit = VisitTile(canvas, triangle, tiles, columns, use);
+                CountLooks(canvas, tile, tileColumn * TileSide, tileRow * TileSide, visit.Looks,
+                           visit.HasChanged);
             }
-            uint32_t looks = 0;
-            bool changed = false;
-            for (int64_t y = rows.First; y < rows.End; ++y) {
-                const Span span = spans[static_cast<size_t>(y - rows.First)];
-                const int64_t end = std::min(span.End, columns.End);
-                const auto row = static_cast<double>(y);
-                for (int64_t x = std::max(span.First, columns.First); x < end; ++x, ++looks) {
-                    const auto column = static_cast<double>(x);
-                    const double nearness = ValueAt(triangle.Values.Nearness, column, row);
-                    const auto place = static_cast<size_t>(triangle.Top + y) * canvas.Width +
-                                       static_cast<size_t>(triangle.Left + x);
-                    if (static_cast<float>(nearness) > canvas.Nearness[place]) {
-                        changed = use(place, column, row, nearness) || changed;
-                    }
-                }
-            }
-            CountLooks(canvas, tile, tileColumn * TileSide, top / TileSide * TileSide, looks, changed);
         }
         top = bottom;
     }

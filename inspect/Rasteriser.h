@@ -47,7 +47,7 @@ struct ScreenCorner {
 };
 
 struct Surface {
-    Colour Base;                      // Multiplied with the picture's colour.
+    Colour BaseColour;                // Multiplied with the picture's colour.
     const Mipmaps* Picture = nullptr; // Null for none.
     bool IsBlended = false;           // Mixed by its alpha, and not in the way of what comes later.
 };

@@ -99,7 +99,7 @@ ScreenCorner MakeCorner(const Drawing& drawing, const StoredVertex& vertex, cons
 
 Surface SurfaceOf(Drawing& drawing, const StoredMaterial& material, TextureShelf& textures) {
     Surface surface;
-    surface.Base = material.Colour;
+    surface.BaseColour = material.Colour;
     const Texture* const texture = FindTexture(textures, material.TexturePath);
     if (texture != nullptr) {
         const auto [place, isNew] = drawing.Pictures.try_emplace(texture);

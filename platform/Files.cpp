@@ -24,7 +24,7 @@ size_t ComponentStart(std::u16string_view path) {
 } // namespace
 
 bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits) {
-    // Asked first: to open a pipe that nobody writes to would take for ever.
+    // Before opening: to open a pipe without a writer blocks.
     if (!limits.AllowDevices && (FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
         return false;
     }

@@ -6,8 +6,8 @@
 #include <fcntl.h>
 #include <span>
 
-// Standard streams that the caller closed are opened on nothing. Otherwise the next file opened would
-// take the place of standard output and get its lines.
+// Opens standard streams that the caller closed on the null device. Otherwise the next file opened would
+// become standard output and receive its lines.
 static void FillStandardStreams() {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) == -1 && open("/dev/null", O_RDWR) == -1) {

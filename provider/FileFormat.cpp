@@ -32,7 +32,7 @@ constexpr std::array<FormatMark, 13> Marks = {{{"Kaydara FBX Binary", ".fbx"},
 constexpr std::string_view GlbMark = "glTF";
 constexpr size_t GlbVersionAt = 4; // the version's first byte
 
-// A document in XML names its format soon.
+// A document in XML names its format within this.
 constexpr size_t XmlStartSize = 4096; // bytes
 
 constexpr size_t StlHeaderSize = 84; // bytes, with the number of triangles in the last four
@@ -66,8 +66,8 @@ bool Is3ds(std::span<const uint8_t> bytes) {
            LittleEndian(bytes, 2) == bytes.size();
 }
 
-// The ending, with its dot, of the format that the content shows; empty if it shows none of those that
-// can be told apart for sure. glTF and model documents are not among them.
+// The ending, with its dot, of the format that the content shows; empty if it shows none that
+// can be recognised for sure. glTF and model documents are not among them.
 std::string_view EndingOfContent(std::span<const uint8_t> bytes) {
     const std::string_view text = WithoutMark(TextOfBytes(bytes));
     for (const auto& [mark, ending] : Marks) {
@@ -159,7 +159,7 @@ bool FindFormat(std::span<const uint8_t> bytes, std::string_view ending, FoundFo
     if (text.starts_with(GlbMark)) {
         return FindGlb(bytes, ending, found, error);
     }
-    // Some text formats open with a comment that JSON knows too.
+    // Some text formats begin with a comment that JSON allows too.
     if (LooksLikeJson(text) && (text.find('{') < text.find('/') || !IsAssimpEnding(ending))) {
         return FindJson(text, ending, found, error);
     }

@@ -1,10 +1,10 @@
-// In the place of assimp, in builds without it.
+// Replaces assimp in builds without it.
 #include "provider/assimp/AssimpModel.h"
 
 #include <algorithm>
 #include <array>
 
-// Of the formats that the library reads, those that are met most.
+// The most common of the formats that the library reads.
 constexpr std::array<std::string_view, 24> Endings = {
     ".3ds", ".3mf", ".ac",   ".amf", ".ase", ".blend", ".cob", ".dae", ".dxf", ".fbx", ".ifc", ".lwo",
     ".lws", ".md2", ".ms3d", ".obj", ".off", ".ply",   ".smd", ".stl", ".wrl", ".x",   ".x3d", ".zae"};

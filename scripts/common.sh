@@ -26,12 +26,12 @@ windows_packages=(g++-mingw-w64-x86-64-posix)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
 
-# Configures (if needed) and builds one folder: build FOLDER [cmake options].
+# Configures and builds by one of the presets in CMakePresets.json: build PRESET [cmake options].
 build() {
-    local folder=$1
+    local preset=$1
     shift
-    cmake -S "$root" -B "$root/$folder" -G Ninja "$@" >/dev/null
-    cmake --build "$root/$folder"
+    cmake --preset "$preset" "$@" >/dev/null
+    cmake --build --preset "$preset"
 }
 
 # Packs what build/ and build-windows/ hold into dist/.

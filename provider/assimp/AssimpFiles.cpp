@@ -1,4 +1,4 @@
-// The files that assimp asks for: read whole into memory, never written.
+// The files that assimp opens: read whole into memory, never written.
 #include "provider/assimp/AssimpFiles.h"
 
 #include "platform/Files.h"
@@ -56,7 +56,7 @@ aiReturn Seek(aiFile* file, size_t offset, aiOrigin origin) {
     } else if (origin == aiOrigin_END) {
         from = open.Bytes.size();
     }
-    // A negative offset comes as its complement, and the sum is right all the same.
+    // A negative offset arrives as its complement; the sum wraps around to the right place.
     const size_t target = from + offset;
     if (target > open.Bytes.size()) {
         return aiReturn_FAILURE;

@@ -1,11 +1,11 @@
-// The files that assimp asks for, opened by this system's ways.
+// The files that assimp opens, read through the platform layer.
 #pragma once
 
 #include <assimp/cfileio.h>
 #include <string>
 
-// The model file stands under a name of its own choice, which tells assimp the format; all others under
-// theirs. Must outlive every file that is opened through it.
+// Assimp sees the model file under ShownPath, whose ending selects the format, and all other files under
+// their own paths. Must outlive every file that is opened through it.
 struct AssimpFiles {
     std::u16string Path;
     std::string ShownPath;

@@ -46,7 +46,7 @@ uint32_t TakePicture(const aiScene& scene, const aiString& path, ImportedPicture
                                : TakePictureFile(pictures, model, TextOf(path));
 }
 
-// Colours with an opacity of their own, transparency and its opposite, as formats tell it.
+// Diffuse colour, or base colour without one; opacity is a property of its own.
 void ReadColor(const aiMaterial& source, ModelMaterial& material) {
     aiColor4D color(1, 1, 1, 1);
     if (aiGetMaterialColor(&source, AI_MATKEY_COLOR_DIFFUSE, &color) != aiReturn_SUCCESS) {

@@ -27,7 +27,7 @@ constexpr double SmallestCorner = 1e-6;
 // How far a root that turns Z up to Y up may be off, as a share of its scale.
 constexpr double TurnTolerance = 1e-5;
 
-// Formats that have Z up and come as they are.
+// Formats that have Z up and that assimp does not turn.
 constexpr std::array<std::string_view, 5> ZUpFormats = {
     "Stereolithography (STL) Importer", "Stanford Polygon Library (PLY) Importer", "3mf Importer",
     "Additive manufacturing file format(AMF) Importer",
@@ -229,8 +229,8 @@ void ReadNodes(const SceneReading& reading, ImportedTree& tree) {
 }
 
 // Finds the axis that goes up below the root, and what the root still does in the model's axes. STL and
-// its like have Z up; an FBX file says itself what it has, and comes unturned; other formats with Z up
-// come with a root that turns it to Y.
+// its like have Z up; an FBX file states its axis, and assimp does not turn it; for other formats with
+// Z up, assimp gives the root a turn to Y.
 void FindUpAxis(SceneReading& reading) {
     const aiScene& scene = reading.Scene;
     Transform root = TransformOf(scene.mRootNode->mTransformation);

@@ -19,7 +19,7 @@ bool IsAssimpEnding(std::string_view ending);
 bool ReadAssimpModel(const std::u16string& path, std::string_view ending, Model& model,
                      std::string& error);
 
-// The same for what the library has delivered already. It must have a root; directory, with its closing
+// The same for a scene that the library has delivered. It must have a root; directory, with its closing
 // separator, is where pictures are looked for.
 bool ReadAssimpScene(const aiScene& scene, const std::u16string& directory, Model& model,
                      std::string& error);

@@ -7,7 +7,7 @@ constexpr double DegreesOfHalfTurn = 180.0;
 
 // Values between -1 and 1 as multiples of 2^-40. Quarter turns come out exact, so that a turned box
 // stays a box; and the run-time libraries of different systems, which differ in the last bits of a sine,
-// come to one result.
+// give one result.
 static double RoundToGrid(double value) {
     constexpr double steps = 1099511627776.0;
     return std::round(value * steps) / steps;

@@ -3,7 +3,7 @@
 
 #include "provider/model/Model.h"
 
-// p' = p * Multiply(first, second) carries p through first, then through second.
+// p' = p * Multiply(first, second) applies first, then second.
 Transform Multiply(const Transform& first, const Transform& second);
 
 Transform ScaleTransform(Point3 factors);

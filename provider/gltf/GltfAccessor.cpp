@@ -68,7 +68,7 @@ bool IsStoredType(int type) {
            type == TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT || type == TINYGLTF_COMPONENT_TYPE_FLOAT;
 }
 
-// Lays a view, but for its bytes complete, onto a buffer view from an offset on.
+// Sets the bytes and the stride of a view to those of a buffer view from an offset on.
 bool PlaceView(const GltfDocument& document, int bufferView, size_t offset, ElementView& view) {
     std::span<const uint8_t> bytes;
     if (bufferView < 0 || !FindBufferView(document, static_cast<size_t>(bufferView), bytes)) {

@@ -1,5 +1,5 @@
-// A glTF file taken apart. The header that reads the records trusts what is said about buffers and
-// pictures, so it gets the document without them.
+// A glTF file taken apart. The header that reads the records trusts what the document states about
+// buffers and pictures, so it gets the document without them.
 #include "provider/gltf/GltfDocument.h"
 
 #include "platform/Bytes.h"
@@ -19,7 +19,7 @@ constexpr uint32_t GlbVersion = 2;
 constexpr size_t GlbHeaderSize = 12;
 constexpr size_t ChunkHeaderSize = 8;
 
-// What the header is not shown: bytes and what nothing here reads.
+// Hidden from the header: bytes, and members that nothing here reads.
 constexpr std::array<std::string_view, 7> HiddenMembers = {"buffers", "images",   "animations", "skins",
                                                            "cameras", "samplers", "extensions"};
 
@@ -115,7 +115,7 @@ void AppendNumber(double number, std::string& text) {
     }
 }
 
-// Appends a value and what it holds in the form in which the header gets it.
+// Appends a value and what it holds as JSON for the header.
 void AppendVisible(const JsonTape& json, uint32_t value, std::string& text) {
     const JsonKind kind = KindOf(json, value);
     if (kind == JsonKind::Number) {

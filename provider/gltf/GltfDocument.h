@@ -14,7 +14,7 @@
 struct GltfImage {
     std::string Name;
     std::string Uri;                    // as written
-    std::optional<uint32_t> BufferView; // in the place of Uri
+    std::optional<uint32_t> BufferView; // instead of Uri
 };
 
 struct GltfDocument {

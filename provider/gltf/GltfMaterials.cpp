@@ -34,7 +34,7 @@ int WholeNumber(const tinygltf::Value* value, int fallback) {
     return value != nullptr && value->IsInt() ? value->GetNumberAsInt() : fallback;
 }
 
-// Colours are amounts of light; the model's are as screens show them.
+// glTF colours are linear; the model's are sRGB.
 uint8_t ScreenColor(double light) {
     constexpr double linearPart = 0.0031308;
     const double clamped = light > 0.0 ? std::min(light, 1.0) : 0.0;
@@ -78,7 +78,7 @@ uint32_t ReadPicture(MaterialReading& reading, size_t index) {
         return TakePictureFile(reading.Pictures, reading.Output,
                                Utf16FromUtf8(DecodePercent(image.Uri)));
     }
-    // Without bytes, the check of the picture finds the words.
+    // Without bytes, the check of the picture gives the reason.
     return TakePictureBytes(reading.Pictures, reading.Output, key, name.empty() ? key : name,
                             std::move(bytes));
 }
@@ -110,7 +110,7 @@ void SetColor(const std::array<double, 4>& factor, const std::string& alphaMode,
     for (size_t i = 0; i < 3; ++i) {
         material.Color[i] = ScreenColor(factor[i]);
     }
-    // Only this mode blends; in the others alpha has no effect or tells parts of the picture apart.
+    // Only this mode blends; in the others alpha has no effect or cuts out parts of the picture.
     if (alphaMode == "BLEND" && factor[3] < 1.0) {
         material.UseOpacity = true;
         material.Opacity = std::max(factor[3], 0.0);

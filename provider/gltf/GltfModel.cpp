@@ -335,7 +335,7 @@ bool ReadGltfModel(const GltfParts& parts, const JsonTape& json, const std::u16s
     GltfReading reading = {document, model, error, {}, {}};
     ReadGltfMaterials(document, directory, model, reading.Surfaces);
 
-    // The nodes of the document stand behind one that holds those of the scene.
+    // The nodes of the document follow one that holds those of the scene.
     reading.Tree.Nodes.emplace_back();
     for (size_t node = 0; node < document.Records.nodes.size(); ++node) {
         if (!ReadNode(reading, node)) {

@@ -4,7 +4,7 @@
 #include "provider/gltf/GltfDocument.h"
 #include "provider/model/Model.h"
 
-// Fills an empty model. parts and json are as ReadGltfDocument wants them; directory, with its closing
+// Fills an empty model. parts and json are as for ReadGltfDocument; directory, with its closing
 // separator, is where buffers and pictures are looked for. Gives false, and the reason in error, when
 // the document can't be used.
 bool ReadGltfModel(const GltfParts& parts, const JsonTape& json, const std::u16string& directory,

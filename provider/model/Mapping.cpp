@@ -83,7 +83,7 @@ void ExtendCoordinates(std::span<const Point3> points, Point3 normal, std::vecto
         middle = middle + share * points[i];
         mean = mean + share * coordinates[i];
     }
-    // Normal equations of the fit, about the middle so that the constant term stands apart.
+    // Normal equations of the fit, about the middle so that the constant term separates.
     double xx = 0.0;
     double xy = 0.0;
     double yy = 0.0;

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-// Right and up of a side with the given unit normal, as somebody sees them who looks at that side.
+// Right and up of a side with the given unit normal, seen by a viewer in front of that side.
 struct SideAxes {
     Point3 Right;
     Point3 Up;
@@ -14,7 +14,7 @@ struct SideAxes {
 SideAxes AxesOfSide(Point3 sideNormal);
 
 // The mapping that puts the picture's lower left corner at origin and one repeat of it, width by height
-// model units, along right and up. Points are carried onto the plane of right and up at right angles.
+// model units, along right and up. Points are projected onto the plane of right and up at right angles.
 // Gives false when right and up lie on one line or have no length.
 bool MakeMapping(Point3 origin, SideAxes axes, double width, double height, ModelMapping& mapping);
 

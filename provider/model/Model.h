@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-// Stands where an index refers to nothing.
+// An index that refers to nothing.
 constexpr uint32_t NoIndex = 0xFFFFFFFF;
 
-// Levels of groups and instances within each other: who walks the model does so by recursion.
+// Levels of groups and instances within each other. Limited because callers walk a model by recursion.
 constexpr uint32_t DeepestNesting = 512;
 
 struct IndexRange {
@@ -100,7 +100,7 @@ struct ModelInstance {
     uint32_t Definition = 0;
 };
 
-// Placement carries the plane of one unit per pixel into the list that holds the image.
+// Placement maps the plane of one unit per pixel into the list that holds the image.
 struct ModelImage {
     Transform Placement = IdentityTransform;
     ModelElement Element;
@@ -139,6 +139,6 @@ struct Model {
     std::vector<uint32_t> Indices;
     std::vector<ModelMapping> Mappings;
 
-    // What was left out of a file that could be used all the same: lines of text in UTF-8.
+    // What was left out of a file that is usable otherwise: lines of text in UTF-8.
     std::vector<std::string> Remarks;
 };

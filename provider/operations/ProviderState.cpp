@@ -1,4 +1,4 @@
-// What stands behind the handles.
+// The state behind the handles.
 #include "provider/operations/ProviderState.h"
 
 #include "platform/Files.h"

@@ -1,4 +1,4 @@
-// What stands behind the handles: the open model, and the strings and image reps that callers have made.
+// The state behind the handles: the open model, and the strings and image reps that callers have made.
 //
 // A handle holds its kind, a serial number and an index, so that every operation can tell its own
 // handles from null, from handles of other kinds, from those of a model that is gone, and from anything
@@ -103,7 +103,7 @@ inline bool DecodeHandle(uint64_t value, HandleKind kind, HandleParts& parts) {
     return state.Open != nullptr && parts.Kind == kind && parts.Serial == (state.Serial & SerialMask);
 }
 
-// The element of an array of the open model that a handle stands for, or null.
+// The element of an array of the open model that a handle refers to, or null.
 template <class Element>
 const Element* FindElement(uint64_t value, HandleKind kind, const std::vector<Element> Model::*array) {
     HandleParts parts;
@@ -128,7 +128,7 @@ template <class Content> uint64_t UseSlot(std::vector<Slot<Content>>& slots, Han
     return HandleValue({kind, ElementKind::None, slots[index].Serial, index});
 }
 
-// The slot in use that a handle stands for, or null.
+// The slot in use that a handle refers to, or null.
 template <class Content>
 Slot<Content>* FindSlot(std::vector<Slot<Content>>& slots, HandleKind kind, uint64_t value) {
     const HandleParts parts = PartsOf(value);

@@ -13,7 +13,7 @@ const ModelInstance* FindInstance(ComponentInstanceHandle instance) {
     return FindElement(instance.Value, HandleKind::Instance, &Model::Instances);
 }
 
-// What a drawing element is a view of. Gives false for a handle that is none.
+// What a drawing element is a view of. Gives false for any other handle.
 bool FindDrawingElement(DrawingElementHandle handle, ModelElement& element) {
     HandleParts parts;
     if (!DecodeHandle(handle.Value, HandleKind::DrawingElement, parts)) {

@@ -1,5 +1,5 @@
-// Faces, UV helpers and mesh helpers. A helper's handle holds the face's index: nothing is made for it,
-// so the mesh helpers, which nobody releases, cost nothing.
+// Faces, UV helpers and mesh helpers. A helper's handle holds the face's index and owns no memory, so
+// the mesh helpers, which have no release, don't leak.
 #include "provider/model/Mapping.h"
 #include "provider/operations/ProviderState.h"
 

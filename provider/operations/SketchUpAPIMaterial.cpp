@@ -11,7 +11,7 @@ const ModelMaterial* FindMaterial(MaterialHandle material) {
     return FindElement(material.Value, HandleKind::Material, &Model::Materials);
 }
 
-// The material whose texture a handle stands for, or null.
+// The material whose texture a handle refers to, or null.
 const ModelMaterial* FindTexture(TextureHandle texture) {
     const ModelMaterial* material = FindElement(texture.Value, HandleKind::Texture, &Model::Materials);
     return material != nullptr && material->Picture != NoIndex ? material : nullptr;

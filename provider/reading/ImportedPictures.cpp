@@ -1,5 +1,5 @@
-// The pictures of a model in an interchange format. Who writes pictures out tells them apart by their
-// names alone, without regard to case.
+// The pictures of a model in an interchange format. Callers that write pictures tell them apart by
+// their names alone, regardless of case.
 #include "provider/reading/ImportedPictures.h"
 
 #include "platform/Files.h"

@@ -12,7 +12,7 @@ struct ImportedPictures {
     std::u16string Directory;                 // of the model file, with its closing separator
     std::map<std::u16string, uint32_t> Found; // pictures by what they were asked for
     std::vector<std::u16string> Names;        // of each picture of the model
-    // The same in lower case, each with the next number to stand behind it.
+    // The same names in lower case, each with the next number to append to it.
     std::map<std::u16string, uint32_t> NextNumbers;
 };
 

@@ -25,7 +25,7 @@ static_assert(sizeof(JsonValue) == 16);
 struct JsonTape {
     std::vector<JsonValue> Values; // the first is the whole document
     std::string Texts;
-    std::vector<std::string> Keys; // the first stands for none
+    std::vector<std::string> Keys; // the first means none
 };
 
 // Reads a whole text in UTF-8, with comments. Gives false, and in error what is wrong with line and

@@ -1,4 +1,4 @@
-// From a node tree to lists of elements, level by level, so that each list's elements stand together.
+// From a node tree to lists of elements, level by level, so that each list's elements are contiguous.
 #include "provider/reading/NodeTree.h"
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 
 namespace {
 
-// What stands in the place of each axis, and with which sign, when Y goes up.
+// The axis that replaces each axis, and its sign, when Y is up.
 constexpr std::array<size_t, 4> OldAxis = {0, 2, 1, 3};
 constexpr std::array<double, 4> OldSign = {1.0, -1.0, 1.0, 1.0};
 

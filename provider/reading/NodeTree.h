@@ -29,8 +29,8 @@ struct ImportedTree {
     std::function<bool(uint32_t mesh)> AddFaces; // appends a mesh's faces to the model; called once each
 };
 
-// Fills the lists of a model that has none yet. A node becomes a group, unless nothing below it has a
-// mesh; a mesh that is used more than once becomes a definition, and an instance wherever it is used.
-// Gives false, and the reason in error, when nodes form no tree or one that is too deep, or when
-// AddFaces gives false.
+// Fills the lists of a model that has none yet. A node becomes a group, unless neither it nor any node
+// below it has a mesh; a mesh that is used more than once becomes a definition, and an instance wherever
+// it is used. Gives false, and the reason in error, when nodes form no tree or one that is too deep, or
+// when AddFaces gives false.
 bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error);

@@ -57,7 +57,7 @@ struct Sweep {
 };
 
 void* PointerOf(size_t index) {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): nobody follows it.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): it is never dereferenced.
     return reinterpret_cast<void*>(static_cast<uintptr_t>(index + 1));
 }
 
@@ -79,7 +79,7 @@ void OnCombine(GLdouble[3], void* points[4], GLfloat weights[4], void** result, 
     Sweep& sweep = *static_cast<Sweep*>(data);
     *result = points[0];
     if (points[2] == nullptr) {
-        return; // corners that fall together: one of them stands for both
+        return; // coincident corners: one of them represents both
     }
     try {
         // The position that the tesselator offers is a sum with weights in single precision; as steps

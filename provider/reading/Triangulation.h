@@ -9,7 +9,7 @@
 #include <vector>
 
 // The unit normal of a loop by Newell's method: the loop runs counter-clockwise about it. Gives false
-// when the loop encloses no area or is too large to tell.
+// when the loop encloses no area or its size overflows.
 bool NormalOfLoop(std::span<const Point3> loop, Point3& normal);
 
 // A point where outlines cross: a mixture of up to four earlier points. The weights add up to 1.
