@@ -26,8 +26,16 @@ std::FILE* OpenForReading(const std::u16string& path);
 // file, or InvalidAttributes.
 uint32_t FileAttributes(const std::u16string& path);
 
-// Whether two paths name one file, through links and in other spellings, also a file that doesn't exist
-// yet.
+// Whether two paths name one file: their resolved names are equal, or both exist with more than one hard
+// link each and agree in device and file number. Throws only when memory runs out.
+//
+// A resolved name is absolute, with links followed and "." and ".." removed. Parts that don't exist yet
+// stay as they are spelled. A link whose target doesn't exist counts as the target on POSIX, as a file
+// of its own on Windows. Windows ignores case. A path that can't be resolved, because of permissions or
+// of links in a circle, counts by its spelling, made absolute.
+//
+// Not noticed, because the file number alone would show it: a file of one link that is reached through
+// two mounts, and on POSIX names that differ in case on a file system that ignores case.
 bool NameOneFile(const std::u16string& a, const std::u16string& b);
 
 // Creates one directory; a path with closing separators is accepted. Gives false on failure, also where

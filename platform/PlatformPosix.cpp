@@ -2,6 +2,7 @@
 #include "platform/Files.h"
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <sys/stat.h>
@@ -30,14 +31,58 @@ constexpr std::array<char16_t, 32> Windows1252Upper = {
     0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
-// Where a path leads whose last component may be a link, also to what doesn't exist yet.
-fs::path LinkTarget(fs::path path) {
+// The absolute name without "." and "..", by its spelling alone.
+std::string SpelledName(const std::string& name) {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(name, error);
+    return (error ? fs::path(name) : absolute).lexically_normal().string();
+}
+
+// The absolute name with links followed, part by part from the root: std::filesystem stops at a link
+// whose target doesn't exist. A separator at the end stays: no file has such a name.
+std::string ResolvedName(const std::string& name) {
     constexpr int mostLinks = 40; // the system's own limit
     std::error_code error;
-    for (int i = 0; i < mostLinks && fs::is_symlink(path, error); ++i) {
-        path = path.parent_path() / fs::read_symlink(path, error);
+    std::string rest = fs::absolute(name, error).string();
+    if (error) {
+        return SpelledName(name);
     }
-    return path;
+    std::string resolved; // has no links, so that ".." takes away its last part
+    for (int links = 0; !rest.empty();) {
+        const std::string part = rest.substr(0, rest.find('/'));
+        rest.erase(0, part.size() + 1);
+        if (part.empty() || part == ".") {
+            continue;
+        }
+        if (part == "..") {
+            resolved.erase(std::min(resolved.rfind('/'), resolved.size()));
+            continue;
+        }
+        const std::string next = std::string(resolved).append("/").append(part);
+        const fs::path target = fs::read_symlink(next, error);
+        if (!error && ++links <= mostLinks) {
+            rest.insert(0, target.string() + "/");
+            if (target.is_absolute()) {
+                resolved.clear();
+            }
+        } else if (error == std::errc::invalid_argument || // exists and is no link
+                   error == std::errc::no_such_file_or_directory ||
+                   error == std::errc::not_a_directory) {
+            resolved = next;
+        } else {
+            return SpelledName(name);
+        }
+    }
+    return name.ends_with('/') ? resolved + '/' : resolved;
+}
+
+// A file with one link has one name. Its number adds nothing then, and can be wrong: on some file
+// systems, such as shares and folders of a virtual machine's host, all files have the same number.
+bool AreHardLinks(const std::string& a, const std::string& b) {
+    struct stat first = {};
+    struct stat second = {};
+    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_nlink > 1 &&
+           second.st_nlink > 1 && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 char Windows1252FromUnit(char16_t unit) {
@@ -74,12 +119,9 @@ uint32_t FileAttributes(const std::u16string& path) {
 }
 
 bool NameOneFile(const std::u16string& a, const std::u16string& b) {
-    const fs::path first = LinkTarget(SystemPath(a));
-    const fs::path second = LinkTarget(SystemPath(b));
-    std::error_code error;
-    return fs::equivalent(first, second, error) ||
-           (first.filename() == second.filename() &&
-            fs::equivalent(first.parent_path() / ".", second.parent_path() / ".", error));
+    const std::string first = SystemPath(a);
+    const std::string second = SystemPath(b);
+    return ResolvedName(first) == ResolvedName(second) || AreHardLinks(first, second);
 }
 
 bool CreateOneDirectory(const std::u16string& path) {

@@ -68,12 +68,14 @@ ScriptedRun::ScriptedRun() {
 void RunScript(ScriptedRun& run, const Json& script) {
     const TempFolder aside;
     const fs::path record = aside.Path / "calls";
+    auto environment = run.Environment;
+    environment.emplace_back("ORVANE_SCRIPTED_RECORD", record.string());
     WriteBytes(run.ModelFile, script.dump());
     run.Result = RunProgram({.Program = ORVANE_PROGRAM,
                              .Arguments = {run.Source, run.Destination, run.RelativeDirectory, run.Log},
                              .WorkingDirectory = run.Folder.Path,
                              .LibraryDirectory = ORVANE_SCRIPTED_LIBRARY_DIR,
-                             .Environment = {{"ORVANE_SCRIPTED_RECORD", record.string()}},
+                             .Environment = environment,
                              .MemoryLimit = run.MemoryLimit,
                              .Unprivileged = run.Unprivileged});
     std::erase(run.Result.Errors, '\r'); // Standard error output has the system's line ends.

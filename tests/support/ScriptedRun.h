@@ -24,7 +24,9 @@ struct ScriptedRun {
     std::filesystem::path SceneFile;
     std::filesystem::path LogFile;
 
-    uint64_t MemoryLimit = 0;   // As in ProgramCall.
+    std::vector<std::pair<std::string, std::string>> Environment; // As in ProgramCall.
+
+    uint64_t MemoryLimit = 0;   // Likewise.
     bool Unprivileged = false;  // Likewise.
     std::string ExpectedErrors; // On standard error output.
 

@@ -237,29 +237,36 @@ TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
         {u"out\\house.bin", u"out\\house.bin"},
         {u"out\\house.bin", u".\\out\\house.bin"},
         {u"out\\house.bin", u"out/..\\out//house.bin"},
+        {u"out\\house.bin", u"{folder}/out/house.bin"},
         {u"out\\house.bin", u"out\\house.bin."}, // The same on Windows alone.
-        {u"out\\house.bin", u"folder link\\house.bin"},
+        {u"out\\house.bin", u"OUT\\House.BIN"},  // Likewise.
+        {u"out\\house.bin", u"far\\folder link\\house.bin"},
+        {u"out\\house.bin", u"far\\folder link\\..\\out\\house.bin"}, // Not below far.
         {u"out\\house.bin", u"hard link.log"},
         {u"out\\house.bin", u"link to link.log"},
         {u"link to link.log", u"out\\house.bin"},
+        {u"out\\house.bin", u"link in a circle.log"}, // No file at all.
     };
     for (const auto& [scene, log] : sceneAndLog)
         for (const bool opens : {false, true})
             for (const bool earlier : {false, true}) {
                 SCOPED_TRACE(Utf8FromUtf16(scene) + Utf8FromUtf16(log));
                 ScriptedRun run;
-                Place(run, u"house.skp", scene, log);
                 const fs::path& folder = run.Folder.Path;
+                const bool full = log[0] == u'{';
+                Place(run, u"house.skp", scene, full ? PathText(folder / "out" / "house.bin") : log);
                 fs::create_directories(folder / "out");
+                fs::create_directory(folder / "far");
                 if (earlier)
                     WriteBytes(folder / "out" / "house.bin", "earlier");
                 // Some systems have no links, and there is no hard link to what doesn't exist.
                 std::error_code error;
-                if (run.Log.starts_with(u"folder"))
-                    fs::create_directory_symlink("out", folder / "folder link", error);
+                if (run.Log.starts_with(u"far"))
+                    fs::create_directory_symlink("../out", folder / "far" / "folder link", error);
                 else if (run.Log.starts_with(u"hard"))
                     fs::create_hard_link(run.SceneFile, run.LogFile, error);
-                else if ((run.Log + run.Destination).find(u"link") != run.Log.npos) {
+                else if (!full && (run.Log + run.Destination).find(u"link") != run.Log.npos) {
+                    fs::create_symlink("link in a circle.log", folder / "link in a circle.log", error);
                     fs::create_symlink("out/house.bin", folder / "link.log", error);
                     fs::create_symlink(folder / "link.log", folder / "link to link.log", error);
                 }
@@ -276,6 +283,39 @@ TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
                     EXPECT_EQ(fs::exists(run.SceneFile) ? ReadBytes(run.SceneFile) : "",
                               earlier ? "earlier" : "");
             }
+}
+
+// On a volume without file numbers all files report the same one, which doesn't make them one file.
+TEST(RunPaths, FilesOfOneNumberAreTwo) {
+#ifndef ORVANE_UNNUMBERED_FILES
+    GTEST_SKIP() << "no library can be put in front of the system's here";
+#else
+    ScriptedRun run;
+    Place(run, u"house.skp", u"house.bin", u"run.log");
+    run.Environment = {{"LD_PRELOAD", ORVANE_UNNUMBERED_FILES}};
+    RunScript(run, Faces({Triangle()}));
+    ExpectOutcome(run, 0, {u"Importing {src} to {dest}", u"Success. {src} imported to {dest}"});
+    run.Source = u"missing.skp";
+    RunScript(run, {});
+    ExpectOutcome(
+        run, 10,
+        {u"Importing {src} to {dest}", u"Error opening {src}", u"Error importing {src} (rc=10)"});
+
+    const fs::path& folder = run.Folder.Path;
+    WriteBytes(folder / "house.glb", "earlier");
+    ProgramCall inspect;
+    inspect.Program = ORVANE_SCENE_INSPECT;
+    inspect.Arguments = {u"house.bin", u"--glb", u"house.glb"};
+    inspect.WorkingDirectory = folder;
+    inspect.Environment = run.Environment;
+    EXPECT_EQ(RunProgram(inspect).ExitCode, 0);
+    EXPECT_TRUE(ReadBytes(folder / "house.glb").starts_with("glTF"));
+    // With more than one link the number counts, which also shows that the programs are given this one.
+    fs::create_hard_link(folder / "house.bin", folder / "more.bin");
+    EXPECT_EQ(RunProgram(inspect).ExitCode, 0);
+    fs::create_hard_link(folder / "house.glb", folder / "more.glb");
+    EXPECT_EQ(RunProgram(inspect).ExitCode, 2);
+#endif
 }
 
 // Folders that nothing may be written to: the log is left out, the scene file or a picture fails.

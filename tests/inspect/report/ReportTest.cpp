@@ -246,6 +246,7 @@ TEST(InspectReport, TakesOptionsInAnyOrderAndRefusesTheRest) {
         {u"a", u"--png", u"a"},
         {u"a", u"--diff", u"o", u"--glb", u"o"},
         {u"a", u"--png", u"x", u"--glb", u".\\x"},
+        {u"a", u"--png", u"missing/x", u"--glb", u"missing/../missing//x"},
     };
     for (const auto& arguments : wrong) {
         Options unused;
