@@ -11,6 +11,7 @@
 #include "inspect/SummaryText.h"
 #include "inspect/Wording.h"
 
+#include "picture/PngWriter.h"
 #include "platform/Main.h"
 #include "platform/Platform.h"
 
@@ -120,12 +121,14 @@ bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& t
 }
 
 bool WritePicture(const Options& options, const StoredScene& scene, TextureShelf& textures) {
-    const std::string png = EncodePng(DrawScene(scene, textures, options.Width, options.Height));
+    const ScenePicture picture = DrawScene(scene, textures, options.Width, options.Height);
+    const std::vector<uint8_t> png =
+        EncodePng(picture.Pixels, picture.Width, picture.Height, PictureChannels);
     if (png.empty()) {
         PrintError(options.PictureFile + u": the picture can't be encoded");
         return false;
     }
-    return WriteOutput(options.PictureFile, png);
+    return WriteOutput(options.PictureFile, {reinterpret_cast<const char*>(png.data()), png.size()});
 }
 
 std::u16string TextureDirectory(const Options& options) {

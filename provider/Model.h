@@ -4,7 +4,7 @@
 // Coordinates are model coordinates: Z up, right-handed, in model units.
 #pragma once
 
-#include "provider/Picture.h"
+#include "provider/ModelPicture.h"
 #include "provider/Vector.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 // The 64 operations of the provider as a caller meets them: values, wrong handles, texts and pictures.
 #include "ProviderTesting.h"
 
-#include "provider/Picture.h"
+#include "provider/ModelPicture.h"
 #include "reader/SketchUpAPI.h"
 
 namespace {
