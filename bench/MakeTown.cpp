@@ -3,7 +3,7 @@
 // Where the scene goes on, blocks repeat: the last fifth of them show the mesh of the first block again.
 // Each fifth material has a picture, a PNG file within.
 #include "City.h"
-#include "provider/model/Picture.h"
+#include "provider/model/ModelPicture.h"
 
 #include <algorithm>
 #include <cstdio>

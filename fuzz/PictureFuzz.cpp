@@ -1,6 +1,7 @@
 // Feeds any bytes to the reader of pictures, and what it takes to the writer and to the reader again.
 #include "FuzzInput.h"
-#include "provider/model/Picture.h"
+#include "picture/PictureReader.h"
+#include "provider/model/ModelPicture.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     constexpr uint64_t largest = 1 << 20; // larger ones take seconds to write

@@ -10,6 +10,7 @@
 #include "inspect/stored/SceneReader.h"
 #include "inspect/stored/Wording.h"
 
+#include "picture/PngWriter.h"
 #include "platform/Bytes.h"
 #include "platform/Files.h"
 #include "platform/Main.h"
@@ -118,12 +119,14 @@ bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& t
 }
 
 bool WriteDrawing(const Options& options, const StoredScene& scene, TextureShelf& textures) {
-    const std::string png = EncodePng(DrawScene(scene, textures, options.Width, options.Height));
+    const ScenePicture picture = DrawScene(scene, textures, options.Width, options.Height);
+    const std::vector<uint8_t> png =
+        EncodePng(picture.Pixels, picture.Width, picture.Height, PictureChannels);
     if (png.empty()) {
         PrintError(options.PictureFile + u": the picture can't be encoded");
         return false;
     }
-    return WriteOutput(options.PictureFile, png);
+    return WriteOutput(options.PictureFile, {reinterpret_cast<const char*>(png.data()), png.size()});
 }
 
 std::u16string TextureDirectory(const Options& options) {

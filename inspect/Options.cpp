@@ -30,12 +30,12 @@ std::u16string TakeValue(Parsing& parsing, const std::u16string& option) {
 std::optional<uint32_t> PictureSide(const std::u16string& digits) {
     uint32_t side = 0;
     for (const char16_t digit : digits) {
-        if (digit < u'0' || digit > u'9' || side > LargestPictureSide) {
+        if (digit < u'0' || digit > u'9' || side > LargestDrawingSide) {
             return std::nullopt;
         }
         side = side * 10 + (digit - u'0');
     }
-    return side > 0 && side <= LargestPictureSide ? std::optional(side) : std::nullopt;
+    return side > 0 && side <= LargestDrawingSide ? std::optional(side) : std::nullopt;
 }
 
 void TakeSize(Parsing& parsing, Options& options) {
@@ -44,7 +44,7 @@ void TakeSize(Parsing& parsing, Options& options) {
     const auto width = PictureSide(text.substr(0, by));
     const auto height = PictureSide(text.substr(std::min(by + 1, text.size())));
     if (parsing.Wrong.empty() && (!width || !height)) {
-        parsing.Wrong = u"--size needs a width and a height of 1 to " + Number(LargestPictureSide) +
+        parsing.Wrong = u"--size needs a width and a height of 1 to " + Number(LargestDrawingSide) +
                         u" pixels, as in 1280x800";
         return;
     }

@@ -13,7 +13,8 @@ constexpr size_t LengthSize = 2;
 // One byte for the kind of table, then the number of codes of each length from 1 to 16.
 constexpr size_t CodeLengths = 16;
 constexpr size_t TableHeader = 1 + CodeLengths;
-constexpr uint32_t MostCodes = 256;
+// The decoder numbers the codes of a table from 0 in a byte, in which 255 stands for none.
+constexpr uint32_t MostCodes = 255;
 
 namespace {
 

@@ -9,11 +9,6 @@
 #include <algorithm>
 #include <cmath>
 
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#define STB_IMAGE_WRITE_STATIC
-#define STBI_WRITE_NO_STDIO
-#include <stb_image_write.h>
-
 namespace {
 
 constexpr uint32_t Oversampling = 2; // Along each side.
@@ -252,16 +247,4 @@ ScenePicture DrawScene(const StoredScene& scene, TextureShelf& textures, uint32_
         DrawWith(DrawTriangle, drawing, triangle);
     }
     return Shrink(drawing.Pixels);
-}
-
-std::string EncodePng(const ScenePicture& picture) {
-    std::string bytes;
-    const auto append = [](void* to, void* data, int size) {
-        static_cast<std::string*>(to)->append(static_cast<const char*>(data), static_cast<size_t>(size));
-    };
-    const bool written =
-        stbi_write_png_to_func(append, &bytes, static_cast<int>(picture.Width),
-                               static_cast<int>(picture.Height), 3, picture.Pixels.data(),
-                               static_cast<int>(picture.Width * 3)) != 0;
-    return written ? bytes : std::string();
 }

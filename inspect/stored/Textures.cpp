@@ -1,25 +1,19 @@
-// Reads pictures with stb_image.
+// Of the kinds of picture that can be decoded, takes those that glTF knows.
 #include "inspect/stored/Textures.h"
 
 #include "inspect/stored/Wording.h"
+#include "picture/PictureReader.h"
 #include "platform/Files.h"
 
-#include <memory>
 #include <string_view>
-
-#define STB_IMAGE_IMPLEMENTATION
-#define STB_IMAGE_STATIC
-#define STBI_ONLY_PNG
-#define STBI_ONLY_JPEG
-#define STBI_NO_STDIO
-#define STBI_MAX_DIMENSIONS 32768
-#include <stb_image.h>
 
 namespace {
 
-// Bytes of a picture file, and pixels of a picture: keep a small file from asking for gigabytes.
+// Bytes of a picture file.
 constexpr size_t LargestFile = size_t{1} << 30;
-constexpr uint64_t LargestPicture = uint64_t{1} << 27;
+static_assert(LargestFile <= LargestPictureFile);
+
+constexpr uint32_t Channels = 4;
 
 constexpr std::string_view PngMagic = "\x89PNG";
 constexpr std::string_view JpegMagic = "\xFF\xD8\xFF";
@@ -32,37 +26,39 @@ const char* MimeTypeOf(const std::vector<uint8_t>& bytes) {
     return text.starts_with(JpegMagic) ? "image/jpeg" : nullptr;
 }
 
-// Gives null, or the reason why the bytes can't be used.
-const char16_t* Decode(Texture& texture) {
-    const int size = static_cast<int>(texture.FileBytes.size());
-    int width = 0;
-    int height = 0;
-    int channels = 0;
-    texture.MimeType = MimeTypeOf(texture.FileBytes);
-    if (texture.MimeType == nullptr ||
-        stbi_info_from_memory(texture.FileBytes.data(), size, &width, &height, &channels) == 0) {
+const char16_t* Words(PictureFault fault) {
+    switch (fault) {
+    case PictureFault::UnknownFile:
         return u"is no PNG or JPEG file";
-    }
-    if (static_cast<uint64_t>(width) * static_cast<uint64_t>(height) > LargestPicture) {
+    case PictureFault::TooManyPixels:
         return u"has too many pixels";
+    case PictureFault::Undecodable:
+        break;
     }
-    const std::unique_ptr<stbi_uc, void (*)(void*)> pixels(
-        stbi_load_from_memory(texture.FileBytes.data(), size, &width, &height, &channels, 4),
-        stbi_image_free);
-    if (pixels == nullptr || width <= 0 || height <= 0) {
-        return u"can't be decoded";
+    return u"can't be decoded";
+}
+
+} // namespace
+
+const char16_t* LoadTexture(std::vector<uint8_t> bytes, Texture& texture) {
+    texture.MimeType = MimeTypeOf(bytes);
+    if (texture.MimeType == nullptr) {
+        return Words(PictureFault::UnknownFile);
     }
-    texture.Width = static_cast<uint32_t>(width);
-    texture.Height = static_cast<uint32_t>(height);
-    const size_t bytes = size_t{texture.Width} * texture.Height * 4;
-    texture.Pixels.assign(pixels.get(), pixels.get() + bytes);
-    for (size_t alpha = 3; alpha < bytes; alpha += 4) {
+    DecodedPicture picture;
+    if (const auto fault = DecodePicture(bytes, Channels, picture)) {
+        return Words(*fault);
+    }
+    texture.FileBytes = std::move(bytes);
+    texture.Width = picture.Width;
+    texture.Height = picture.Height;
+    const size_t size = size_t{texture.Width} * texture.Height * Channels;
+    texture.Pixels.assign(picture.Pixels.get(), picture.Pixels.get() + size);
+    for (size_t alpha = Channels - 1; alpha < size; alpha += Channels) {
         texture.IsOpaque = texture.IsOpaque && texture.Pixels[alpha] == 255;
     }
     return nullptr;
 }
-
-} // namespace
 
 const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath) {
     if (storedPath.empty()) {
@@ -73,9 +69,10 @@ const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath
     std::optional<Texture>& picture = place->second;
     if (isNew) {
         const char16_t* reason = u"can't be read";
-        if (ReadWholeFile(shelf.Directory + name, picture.emplace().FileBytes,
+        std::vector<uint8_t> bytes;
+        if (ReadWholeFile(shelf.Directory + name, bytes,
                           {.LargestSize = LargestFile, .AllowDevices = true})) {
-            reason = Decode(*picture);
+            reason = LoadTexture(std::move(bytes), picture.emplace());
         }
         if (reason != nullptr) {
             picture.reset();

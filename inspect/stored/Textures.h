@@ -25,6 +25,10 @@ struct TextureShelf {
     std::vector<std::u16string> Warnings; // One for each that can't be used.
 };
 
+// Takes over the bytes of a picture file. Gives null, or the reason why they can't be used, which
+// completes the sentence "texture ...".
+const char16_t* LoadTexture(std::vector<uint8_t> bytes, Texture& texture);
+
 // Null for an empty path and for pictures that can't be used. Each file is read once; the pointer holds
 // as long as the shelf does.
 const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath);

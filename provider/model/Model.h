@@ -5,7 +5,7 @@
 // Coordinates are model coordinates: Z up, right-handed, in model units.
 #pragma once
 
-#include "provider/model/Picture.h"
+#include "provider/model/ModelPicture.h"
 #include "provider/model/Vector.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 #include "provider/ProviderTesting.h"
 
 #include "api/SketchUpAPI.h"
-#include "provider/model/Picture.h"
+#include "provider/model/ModelPicture.h"
 
 namespace {
 

@@ -5,15 +5,6 @@
 #include <span>
 #include <vector>
 
-// Pixels per side, and in all, of the largest picture taken: keeps a small file from asking for
-// gigabytes.
-#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
-constexpr uint32_t LargestPictureSide = 512;
-#else
-constexpr uint32_t LargestPictureSide = 32768;
-#endif
-constexpr uint64_t LargestPicturePixels = uint64_t{1} << 27;
-
 // A picture as its file has it; it is decoded again when it is written.
 struct ModelPicture {
     std::vector<uint8_t> Bytes;

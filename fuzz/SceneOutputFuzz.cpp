@@ -1,0 +1,60 @@
+// Feeds a scene file and a picture file to what scene-inspect draws and exports. An input is the number
+// of bytes of the scene file in 4 bytes, that file, and the picture file, which all textures show.
+#include "FuzzInput.h"
+#include "inspect/drawing/ScenePicture.h"
+#include "inspect/gltf/GltfExport.h"
+#include "picture/PictureReader.h"
+#include "picture/PngWriter.h"
+
+namespace {
+
+constexpr uint32_t Width = 64;
+constexpr uint32_t Height = 40;
+
+// Under the one name that all paths get, so that no file is opened.
+const std::u16string TextureName = u"t";
+
+void GiveTexture(std::span<const uint8_t> file, StoredScene& scene, TextureShelf& shelf) {
+    Texture texture;
+    std::optional<Texture>& place = shelf.Pictures[TextureName];
+    if (LoadTexture({file.begin(), file.end()}, texture) == nullptr) {
+        place = std::move(texture);
+    }
+    for (StoredNode& node : scene.Nodes) {
+        for (StoredMesh& mesh : node.Meshes) {
+            if (!mesh.Material.TexturePath.empty()) {
+                mesh.Material.TexturePath = TextureName;
+            }
+        }
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzInput input = {{data, size}};
+    const size_t claimed = input.Take<uint32_t>();
+    const size_t sceneSize = std::min(claimed, input.Bytes.size());
+    StoredScene scene;
+    if (ReadStoredScene(input.Bytes.first(sceneSize), scene)) {
+        return 0;
+    }
+    TextureShelf shelf;
+    GiveTexture(input.Bytes.subspan(sceneSize), scene, shelf);
+
+    const ScenePicture drawn = DrawScene(scene, shelf, Width, Height);
+    Expect(drawn.Width == Width && drawn.Height == Height);
+    const std::vector<uint8_t> png = EncodePng(drawn.Pixels, Width, Height, PictureChannels);
+    DecodedPicture again;
+    Expect(IsSoundPng(png) && !DecodePicture(png, PictureChannels, again));
+    Expect(std::equal(drawn.Pixels.begin(), drawn.Pixels.end(), again.Pixels.get()));
+
+    const GltfFile exported = ExportGltf(scene, shelf);
+    const std::string_view glb = exported.Bytes;
+    constexpr size_t lengthAt = 8;
+    uint32_t length = 0;
+    Expect(glb.starts_with("glTF") && glb.size() >= lengthAt + sizeof length);
+    std::memcpy(&length, glb.data() + lengthAt, sizeof length);
+    Expect(length == glb.size() && shelf.Warnings.empty());
+    return 0;
+}
