@@ -55,8 +55,8 @@ void LimitMemory(uint64_t limit) {
     if (call.MemoryLimit != 0)
         LimitMemory(call.MemoryLimit);
     if (call.Unprivileged)
-        for (const unsigned long capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH})
-            prctl(PR_CAPBSET_DROP, capability, 0, 0, 0);
+        for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH})
+            prctl(PR_CAPBSET_DROP, static_cast<unsigned long>(capability), 0, 0, 0);
     const bool placed = call.WorkingDirectory.empty() || chdir(call.WorkingDirectory.c_str()) == 0;
     if (placed && dup2(output, STDOUT_FILENO) >= 0 && dup2(errors, STDERR_FILENO) >= 0) {
         alarm(ProgramSeconds);

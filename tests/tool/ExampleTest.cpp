@@ -32,15 +32,17 @@ double Agreement(const StoredMesh& mesh, size_t first) {
     };
     double edges[2][3];
     for (size_t axis = 0; axis < 3; ++axis) {
-        edges[0][axis] = double{corner(1).Position[axis]} - double{corner(0).Position[axis]};
-        edges[1][axis] = double{corner(2).Position[axis]} - double{corner(0).Position[axis]};
+        edges[0][axis] = static_cast<double>(corner(1).Position[axis]) -
+                         static_cast<double>(corner(0).Position[axis]);
+        edges[1][axis] = static_cast<double>(corner(2).Position[axis]) -
+                         static_cast<double>(corner(0).Position[axis]);
     }
     double sum = 0;
     for (size_t axis = 0; axis < 3; ++axis) {
         const size_t next = (axis + 1) % 3;
         const size_t last = (axis + 2) % 3;
         sum += (edges[0][next] * edges[1][last] - edges[0][last] * edges[1][next]) *
-               double{corner(0).Normal[axis]};
+               static_cast<double>(corner(0).Normal[axis]);
     }
     return sum;
 }
