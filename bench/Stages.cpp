@@ -173,7 +173,8 @@ void Write(benchmark::State& state) {
     std::iota(indices.begin(), indices.end(), 0u);
     WeldVertices(pool, indices, WeldTolerance);
     AddMeshes(root, std::move(indices), std::move(pool), DefaultMaterialIndex);
-    const MaterialTable materials(1);
+    MaterialTable materials;
+    materials.Rows.resize(1);
     const std::filesystem::path folder = std::filesystem::temp_directory_path();
     const std::filesystem::path scene = folder / ("orvane-bench-" + std::to_string(getpid()));
     const std::filesystem::path plain = scene.string() + "-plain";

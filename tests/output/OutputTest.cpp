@@ -116,7 +116,9 @@ TEST(SceneFile, HasFourZeroBytesPerVertexHoweverManyThereAre) {
     SceneMesh& mesh = root.Meshes.Append(std::make_unique<SceneMesh>());
     mesh.Vertices.assign(count, {.Position = {1, 1, 1}, .Normal = {1, 1, 1}, .U = 1, .V = 1});
     mesh.Indices = {7, 8, 9};
-    const std::string bytes = WriteToBytes(root, {.Rows = {MaterialEntry()}});
+    MaterialTable materials;
+    materials.Rows.resize(1);
+    const std::string bytes = WriteToBytes(root, materials);
     const size_t zeros = 12 + 340 + 52 + 124 + 2 + 2 + count * sizeof(Vertex);
     ASSERT_EQ(bytes.size(), zeros + 4 * count + 12);
     EXPECT_EQ(bytes.find_first_not_of('\0', zeros), zeros + 4 * count);
