@@ -3,6 +3,7 @@
 #include "FuzzInput.h"
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/gltf/GltfExport.h"
+#include "inspect/stored/SceneReader.h"
 #include "picture/PictureReader.h"
 #include "picture/PngWriter.h"
 
