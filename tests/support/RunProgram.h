@@ -23,7 +23,7 @@ struct ProgramCall {
 };
 
 struct ProgramResult {
-    int ExitCode = -1;  // Above 255: ended by a signal, or not started.
+    int ExitCode = -1;  // Above 255: killed, or not started.
     std::string Output; // Standard output, byte for byte.
     std::string Errors; // Standard error output, byte for byte.
 };
