@@ -1,5 +1,5 @@
-// The model of the benchmarks: a town of houses with windows, made of quads that follow from their
-// number alone. The same on every machine.
+// The model of the benchmarks: a town of houses with windows. Each quad is a function of its number, the
+// same on every machine.
 #pragma once
 
 #include <array>
@@ -17,9 +17,9 @@ struct Quad {
 };
 
 constexpr uint32_t MaterialCount = 50;
-constexpr uint32_t GlassMaterialCount = 5; // the first ones; every house has one for walls besides
+constexpr uint32_t GlassMaterialCount = 5; // the first ones; each house has another one for its walls
 
-// A number without a pattern, for each pair of a position and a purpose.
+// A hash of a position and a purpose.
 inline uint32_t Scatter(uint64_t position, uint64_t purpose) {
     uint64_t x = position * 0x9E3779B97F4A7C15 + purpose * 0xD1B54A32D192ED03 + 20240229;
     x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9;

@@ -1,7 +1,6 @@
-// Writes the town as binary glTF with the given number of triangles: a town of districts of blocks of
-// houses, each block with a mesh of one primitive per material. Every quad has four vertices of its own.
-// Where the scene goes on, blocks repeat: the last fifth of them show the mesh of the first block again.
-// Each fifth material has a picture, a PNG file within.
+// Writes the town as binary glTF with the given number of triangles: districts of blocks of houses, each
+// block a mesh with one primitive per material. Each quad has its own four vertices. The last fifth of
+// the blocks reuse the mesh of the first one. Each fifth material has an embedded PNG picture.
 #include "City.h"
 #include "provider/model/ModelPicture.h"
 
@@ -41,7 +40,7 @@ struct Town {
 void AddQuad(Primitive& primitive, const Quad& quad) {
     const auto first = static_cast<uint32_t>(primitive.Vertices.size() / 8);
     for (size_t i = 0; i < 4; ++i) {
-        // Y up, as glTF has it.
+        // Y up, as in glTF.
         const Point& p = quad.Corners[i];
         const float position[3] = {static_cast<float>(p[0]), static_cast<float>(p[2]),
                                    static_cast<float>(-p[1])};
@@ -143,8 +142,8 @@ std::string MaterialList() {
     return list;
 }
 
-// The pictures of the textured materials: bricks of shades without a pattern. To be added last, since
-// their sizes are no multiples of four.
+// The pictures of the textured materials: bricks in random shades. Must be added last, because their
+// sizes are not multiples of four.
 std::string ImageList(Town& town) {
     constexpr uint32_t brick = 8; // pixels
     std::string list;
@@ -191,7 +190,7 @@ int main(int argc, char** argv) {
     const uint64_t quadCount = std::strtoull(argv[1], nullptr, 10) / 2;
     Town town;
     std::string nodes;
-    std::string districts; // numbers of nodes, as the next
+    std::string districts; // node numbers, as in blocks
     std::string blocks;
     size_t meshCount = 0;
     size_t nodeCount = 0;

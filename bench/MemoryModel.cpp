@@ -1,8 +1,8 @@
-// A library behind the 64 operations that makes up its answers, so that a run measures the program and
-// nothing else: it reads no file and holds nothing per face. The digits of the model's name are the
-// number of quads in the scene: two fifths in the model's own list, two fifths in twenty groups of five
-// groups each, the rest in ten instances of one definition. A name that begins with "flat" puts all of
-// them into the model's own list and paints them with one material.
+// A library with the 64 operations that computes its answers, so that a run measures only the program:
+// it reads no file and stores nothing per face. The digits of the model's name are the number of quads
+// in the scene: two fifths in the model's own list, two fifths in twenty groups of five groups each, the
+// rest in ten instances of one definition. With a name that begins with "flat", all quads are in the
+// model's own list and have one material.
 #include "City.h"
 #include "api/SketchUpAPI.h"
 
@@ -17,8 +17,7 @@ constexpr uint64_t InnerGroupCount = 5;
 constexpr uint64_t InstanceCount = 10;
 constexpr uint64_t TexturedEvery = 5; // each fifth material has a picture
 
-// Numbers of lists, as their handles have them: the model's own, the groups, the inner groups, the
-// definition.
+// Handle values of lists: the model's own, the groups, the inner groups, the definition.
 constexpr uint64_t ModelList = 1;
 constexpr uint64_t FirstGroup = 2;
 constexpr uint64_t FirstInnerGroup = FirstGroup + GroupCount;
@@ -46,7 +45,7 @@ uint64_t FaceCount(uint64_t list) {
     return list == Definition ? quadCount / 5 / InstanceCount : 0;
 }
 
-// The quad of a face or of its mesh helper. The last one is kept: a face is asked about many times.
+// The quad of a face or of its mesh helper. Caches the last one: each face gets many calls.
 template <class Handle> const Quad& QuadOf(Handle handle) {
     static uint64_t value = 0;
     static Quad quad;
@@ -70,7 +69,7 @@ int32_t GiveRange(Handle handles[], uint64_t first, uint64_t count, uint64_t* re
     return Give(returned, count);
 }
 
-// Rows of elements beside one another, so that they don't overlap.
+// Places elements in rows, so that they don't overlap.
 int32_t Place(double transform[TransformValues], uint64_t number) {
     for (int i = 0; i < TransformValues; ++i) {
         transform[i] = i % 5 == 0 ? 1 : 0;
@@ -172,7 +171,7 @@ int32_t SUFaceGetFrontMaterial(FaceHandle face, MaterialHandle* material) {
     return Give(&material->Value, flat ? 1 : QuadOf(face).Material + 1);
 }
 
-// The backs take over what the fronts show.
+// Backs take the material of the fronts.
 int32_t SUFaceGetBackMaterial(FaceHandle, MaterialHandle*) {
     return 1;
 }

@@ -1,6 +1,6 @@
-// Runs a command and appends "seconds kilobytes exit-code" to a file: processor time, which
-// other work on the machine disturbs least, and the most memory that it held. Small in itself, because a
-// child's peak begins with that of the process it comes from.
+// Runs a command and appends "seconds kilobytes exit-code" to a file: processor time, which other work
+// on the machine affects least, and peak memory. A small program, because a child's peak starts with
+// that of its parent.
 #include <cstdio>
 #include <spawn.h>
 #include <sys/resource.h>

@@ -1,8 +1,8 @@
-// The stages of a conversion one by one: welding beside meshoptimizer's exact remap, splitting, and
-// writing beside plain calls of write.
+// The stages of a conversion: welding compared with meshoptimizer's exact remap, splitting, and writing
+// compared with plain calls of write.
 //
-// A benchmark with a peer runs both by turns, so that what disturbs one disturbs the other. Its time is
-// ours; the counters give nanoseconds per vertex or byte of both, and "ratio" is ours to the peer's.
+// A benchmark with a peer alternates both, so that disturbances affect both. Its time is ours; the
+// counters give nanoseconds per vertex or byte of both, and "ratio" is ours divided by the peer's.
 #include "City.h"
 #include "mesh/AddMeshes.h"
 #include "mesh/AddPolygons.h"
@@ -36,7 +36,7 @@ Vertex CityVertex(uint64_t number) {
             .V = 1.0f - static_cast<float>(quad.Coordinates[corner][1])};
 }
 
-// A point of a surface with so many columns: a hilly ground, or a pipe of sixteen sides.
+// A vertex of a surface with this many columns: hilly ground, or a pipe.
 Vertex SurfaceVertex(uint64_t number, uint64_t columns, bool pipe) {
     constexpr uint64_t steps[6][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 0}, {1, 1}, {0, 1}};
     const uint64_t cell = number / 6;
@@ -88,8 +88,8 @@ void ReportPair(benchmark::State& state, double ours, double peers, double units
     state.counters["ratio"] = ours / peers;
 }
 
-// The peer's buffers are made and touched beforehand; memory that either side takes inside is part of
-// its time. Small pools are done many at a time, to be long enough for the clock.
+// The peer's buffers are allocated and touched before; memory that either side allocates itself counts
+// in its time. Small pools run many at a time, because of the clock's resolution.
 void Weld(benchmark::State& state, Shape shape) {
     const auto count = static_cast<size_t>(state.range(0));
     const std::vector<Vertex> pool = MakePool(shape, count);

@@ -1,5 +1,4 @@
-# Flags for everything built here. Results must not depend on the compiler: no fused multiply-add, no
-# reordering of sums.
+# Flags for all targets. Results must not depend on the compiler: no fused multiply-add, no reordered sums.
 add_compile_options(
   -ffp-contract=off -fno-fast-math
   -Wall -Wextra -Wpedantic -Wconversion -Wfloat-conversion -Wdouble-promotion -Wshadow -Werror)
@@ -9,11 +8,11 @@ if(ORVANE_SANITIZE)
 endif()
 if(ORVANE_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
-  # The name that fuzzers have agreed on, for limits that keep single inputs short.
+  # The fuzzers' common name for limits that keep single inputs fast.
   add_compile_definitions(FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION)
 endif()
 if(WIN32)
-  # Nothing of the compiler's own is needed at run time, and the stack is as large as on Linux.
+  # No compiler libraries at run time, and a stack as large as on Linux.
   add_link_options(-static -Wl,--stack,8388608)
   add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()

@@ -1,9 +1,9 @@
-# Libraries that are headers alone, the same for every system that is built for. They are reached through a folder
-# of links to just them: the whole of /usr/include must not come along when cross-building.
+# Header-only libraries, the same for every target system. A folder of links exposes them alone: cross-builds must
+# not see the rest of /usr/include.
 #
 # header-libraries  nlohmann/json.hpp, stb_image.h, stb_image_write.h
-#                   (stb_image.h is a mended copy)
-# tinygltf          tiny_gltf.h, without its own reading and writing of pictures and files
+#                   (stb_image.h is a patched copy)
+# tinygltf          tiny_gltf.h, without its picture and file access
 set(headerDir ${CMAKE_BINARY_DIR}/headers)
 file(MAKE_DIRECTORY ${headerDir})
 
@@ -14,15 +14,15 @@ file(CREATE_LINK ${stbDir}/stb_image_write.h ${headerDir}/stb_image_write.h SYMB
 find_path(tinygltfDir tiny_gltf.h NO_CMAKE_FIND_ROOT_PATH REQUIRED)
 file(CREATE_LINK ${tinygltfDir}/tiny_gltf.h ${headerDir}/tiny_gltf.h SYMBOLIC)
 
-# stb_image in a copy without two kinds of undefined behaviour. Where a JPEG's coded data ends within a number, it uses
-# bits that aren't there and then shifts by 32 or more: the copy instead calls what the including file defines as
-# STBI_MISSING_BITS(context). For a PNG's data chunk of no bytes it calls memcpy with null.
+# A copy of stb_image without two kinds of undefined behaviour. If a JPEG's coded data ends within a number, the
+# original uses missing bits and then shifts by 32 or more; the copy calls STBI_MISSING_BITS(context), which the
+# including file defines. For an empty data chunk of a PNG, the original calls memcpy with null.
 set(mendedDir ${CMAKE_BINARY_DIR}/mended-headers)
 file(READ ${stbDir}/stb_image.h stbImage)
 function(Mend statement condition)
   string(REPLACE "${statement}" "${condition} ${statement}" mended "${stbImage}")
   if(mended STREQUAL stbImage)
-    message(FATAL_ERROR "${stbDir}/stb_image.h has no \"${statement}\", which has to be mended")
+    message(FATAL_ERROR "${stbDir}/stb_image.h has no \"${statement}\", which this build patches")
   endif()
   set(stbImage "${mended}" PARENT_SCOPE)
 endfunction()

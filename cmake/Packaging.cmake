@@ -1,7 +1,7 @@
-# What is installed, and the two packages made of it: a .deb for Linux, a .zip for Windows.
+# Installation, and two packages: a .deb for Linux, a .zip for Windows.
 #
-# The library always lies beside the program, so that another one can take its place there. On Linux both
-# are in /usr/lib/orvane, with links to the programs in /usr/bin.
+# The library is always beside the program, where another one can replace it. On Linux both are in
+# /usr/lib/orvane, with links to the programs in /usr/bin.
 if(WIN32)
   set(programDir .)
   set(documentDir .)

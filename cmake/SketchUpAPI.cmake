@@ -1,7 +1,7 @@
-# The list of the library's operations, read from the one header that declares them, in the forms that
-# linkers want: what the provider exports, and what the program is linked against.
+# Linker inputs made from the header that declares the library's operations: the export list of a library, and
+# the names to link a program against.
 #
-# SketchUpAPI::Link  what a program links to: names only, nothing of any provider
+# SketchUpAPI::Link           for programs: the names alone, nothing of any provider
 # SketchUpAPIExports(TARGET)  makes a shared library export the operations and nothing else
 
 set(apiHeader ${CMAKE_SOURCE_DIR}/api/SketchUpAPI.h)

@@ -1,4 +1,4 @@
-// tinygltf's own code, compiled here and nowhere else. Without its file system it forgets a header.
+// The implementation of tinygltf. Without its file access, tiny_gltf.h lacks an include of <fstream>.
 #include <fstream>
 
 #define TINYGLTF_IMPLEMENTATION

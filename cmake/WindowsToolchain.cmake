@@ -11,7 +11,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Windows programs run under Wine, in a prefix of the build's own. In the C locale arguments beyond ASCII would
-# arrive garbled.
+# Windows programs run under Wine, in the build's own prefix. The C locale would garble arguments beyond ASCII.
 set(CMAKE_CROSSCOMPILING_EMULATOR
   env WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all LC_ALL=C.UTF-8 wine)

@@ -1,4 +1,4 @@
-// Makes up what assimp may deliver, indices outside and numbers that are none included, and reads it.
+// Makes up scenes of assimp, with indices out of range and non-finite numbers, and reads them.
 #include "CheckModel.h"
 #include "FuzzInput.h"
 #include "provider/assimp/AssimpModel.h"
@@ -13,7 +13,7 @@ constexpr uint32_t MostVertices = 40;
 constexpr uint32_t MostNodes = 600; // deeper than a model may be
 
 float Number(FuzzInput& input) {
-    // Half of all kinds of number are small, so that polygons meet.
+    // Half of the numbers are small, so that polygons meet.
     return input.Below(2) == 0 ? static_cast<float>(static_cast<int8_t>(input.Take<uint8_t>())) / 16
                                : input.Take<float>();
 }
@@ -73,7 +73,7 @@ aiMaterial* MakeMaterial(FuzzInput& input) {
     material->AddProperty(&opacity, 1, AI_MATKEY_OPACITY);
     text = Text(input);
     material->AddProperty(&text, AI_MATKEY_TEXTURE_DIFFUSE(0));
-    const int set = input.Take<uint8_t>() - 2; // also sets that there can't be
+    const int set = input.Take<uint8_t>() - 2; // also impossible sets
     material->AddProperty(&set, 1, AI_MATKEY_UVWSRC_DIFFUSE(0));
     return material;
 }
@@ -92,7 +92,7 @@ aiTexture* MakeTexture(FuzzInput& input) {
     return texture;
 }
 
-// Each node hangs from an earlier one: one child by one, so that arrays stay exact.
+// Grows the array of children one by one, so that its size is exact.
 void AddChild(aiNode& parent, aiNode* child) {
     auto** children = new aiNode*[parent.mNumChildren + 1];
     std::copy_n(parent.mChildren, parent.mNumChildren, children);

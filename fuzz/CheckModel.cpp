@@ -1,4 +1,4 @@
-// The check of opened models, and the folder of the targets.
+// The check of opened models, and the folder with a picture.
 #include "CheckModel.h"
 
 #include "FuzzInput.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Pictures above this size take the time that others need. [Units: pixels]
+// Larger pictures are not encoded: they take too much time. [Units: pixels]
 constexpr uint64_t LargestWrittenPicture = 1 << 16;
 
 void ExpectRange(IndexRange range, size_t size) {
@@ -53,7 +53,7 @@ void CheckFace(const Model& model, const ModelFace& face) {
     }
 }
 
-// The most lists inside each other from a list on. 0 stands for one that is not known yet.
+// The depth of nested lists, including this one. 0 in depths: not known yet.
 uint32_t DepthOf(const Model& model, uint32_t list, std::vector<uint32_t>& depths, uint32_t above) {
     Expect(above <= DeepestNesting);
     if (depths[list] == 0) {

@@ -1,8 +1,8 @@
-// Whether a model that was opened keeps what the library's operations rely on.
+// Checks the invariants of an opened model that the library's operations rely on.
 #pragma once
 
 #include "provider/model/Model.h"
 
-// Ends the process if a reference leads nowhere or a list lies inside itself; then reads every face,
-// image and material through the operations. Takes the model over.
+// Aborts if a reference is out of range or a list contains itself. Then reads every face through the
+// operations and encodes small pictures. Takes ownership of the model.
 void CheckModel(Model model);

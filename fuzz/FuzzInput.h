@@ -1,5 +1,4 @@
-// What the fuzz targets share: claims, small readings from the input's bytes, and a folder with a
-// picture.
+// Shared by the fuzz targets: assertions, values from the input's bytes, and a folder with a picture.
 #pragma once
 
 #include <algorithm>
@@ -11,14 +10,14 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
-// A claim about any input whatever.
+// Must hold for every input.
 inline void Expect(bool holds) {
     if (!holds) {
         std::abort();
     }
 }
 
-// The input as a row of values; zeros behind its end.
+// The input as a sequence of values; zeros after its end.
 struct FuzzInput {
     std::span<const uint8_t> Bytes;
 
@@ -29,7 +28,7 @@ struct FuzzInput {
         Bytes = Bytes.subspan(size);
         return value;
     }
-    // Below a bound of at most 256.
+    // A value below end, which is at most 256.
     uint32_t Below(uint32_t end) {
         return Take<uint8_t>() % end;
     }

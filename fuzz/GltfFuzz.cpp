@@ -1,4 +1,4 @@
-// Feeds any bytes to the reader of glTF, binary or text. "p.png" is the one file beside it.
+// Feeds bytes to the reader of glTF, binary or text. The one file beside it is "p.png".
 #include "CheckModel.h"
 #include "FuzzInput.h"
 #include "provider/FileFormat.h"

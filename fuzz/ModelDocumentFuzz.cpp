@@ -1,4 +1,4 @@
-// Feeds any bytes to the reader of model documents. "p.png" is the one picture that can be had.
+// Feeds bytes to the reader of model documents. The one available picture is "p.png".
 #include "CheckModel.h"
 #include "FuzzInput.h"
 #include "provider/document/ModelDocument.h"

@@ -1,10 +1,10 @@
-// Feeds any bytes to the reader of pictures, and what it takes to the writer and to the reader again.
+// Feeds bytes to the reader of pictures; writes the accepted ones and reads them again.
 #include "FuzzInput.h"
 #include "picture/PictureReader.h"
 #include "provider/model/ModelPicture.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    constexpr uint64_t largest = 1 << 20; // larger ones take seconds to write
+    constexpr uint64_t largest = 1 << 20; // larger pictures take seconds to write
     ModelPicture picture;
     if (LoadPicture({data, data + size}, picture) != nullptr) {
         return 0;

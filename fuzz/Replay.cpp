@@ -1,4 +1,4 @@
-// Feeds the files of a folder to one fuzz target, each whole and cut off at many places: for builds
+// Feeds the files of a folder to a fuzz target, each whole and truncated at many places, in builds
 // without a fuzzer.
 #include "FuzzInput.h"
 
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
         std::ifstream file(entry.path(), std::ios::binary);
         const std::vector<char> content{std::istreambuf_iterator<char>(file), {}};
         for (size_t cut = 0; cut <= cuts; ++cut) {
-            // Of its own size, so that reading past the end is seen.
+            // Of exact size, so that a sanitizer finds reads past the end.
             const std::vector<uint8_t> bytes(content.begin(),
                                              content.begin() + ptrdiff_t(content.size() * cut / cuts));
             LLVMFuzzerTestOneInput(bytes.data(), bytes.size());

@@ -1,5 +1,5 @@
-// Feeds a scene file and a picture file to what scene-inspect draws and exports. An input is the number
-// of bytes of the scene file in 4 bytes, that file, and the picture file, which all textures show.
+// Feeds a scene file and a picture file to the drawing and the glTF export of scene-inspect. An input is
+// the size of the scene file in 4 bytes, that file, and the picture file, which all textures use.
 #include "FuzzInput.h"
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/gltf/GltfExport.h"
@@ -12,7 +12,7 @@ namespace {
 constexpr uint32_t Width = 64;
 constexpr uint32_t Height = 40;
 
-// Under the one name that all paths get, so that no file is opened.
+// All texture paths become this name, so that no file is opened.
 const std::u16string TextureName = u"t";
 
 void GiveTexture(std::span<const uint8_t> file, StoredScene& scene, TextureShelf& shelf) {

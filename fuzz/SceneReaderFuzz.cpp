@@ -1,5 +1,5 @@
-// Feeds any bytes to the scene file reader, with and without a known size, and what is sound to the
-// reports of scene-inspect.
+// Feeds bytes to the scene file reader, with and without a known size, and valid scenes to the reports
+// of scene-inspect.
 #include "FuzzInput.h"
 #include "inspect/report/SceneDiff.h"
 #include "inspect/report/SceneJson.h"

@@ -1,10 +1,10 @@
-# Shared by the scripts beside it: where things are, and how missing packages get installed. To be sourced.
+# For the other scripts to source: changes to the root of the repository; package lists and shared functions.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
-# Installs those of the named Debian packages that are missing. Needs root only if one is.
+# Installs the named Debian packages that are missing. Needs root only for that.
 install_packages() {
     local package missing=()
     for package in "$@"; do
@@ -26,7 +26,7 @@ windows_packages=(g++-mingw-w64-x86-64-posix)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
 
-# Configures and builds by one of the presets in CMakePresets.json: build PRESET [cmake options].
+# Configures and builds a preset of CMakePresets.json: build PRESET [CMAKE_OPTION...].
 build() {
     local preset=$1
     shift
@@ -34,7 +34,7 @@ build() {
     cmake --build --preset "$preset"
 }
 
-# Packs what build/ and build-windows/ hold into dist/.
+# Makes the packages of build/ and build-windows/ in dist/.
 make_packages() {
     local folder
     for folder in build build-windows; do
@@ -43,8 +43,8 @@ make_packages() {
     rm -rf dist/_CPack_Packages
 }
 
-# Sets up a fresh Wine prefix in a folder of the build and keeps its server running until the script ends. A server
-# that ends with its last client, as Debian's does if left alone, can break off a client that starts that moment.
+# Creates the Wine prefix FOLDER and keeps its server running until the script ends: start_wine FOLDER. By default,
+# Debian's server ends with its last client and can abort a client that starts at that moment.
 start_wine() {
     export WINEPREFIX=$root/$1 WINEDEBUG=-all
     wineserver -k >/dev/null 2>&1 || true

@@ -1,14 +1,13 @@
-// A layer in front of any library behind the 64 operations: it passes every call on and spoils the
-// answers that it is told to spoil. It is called like the library, which it loads itself.
+// A layer in front of any library with the 64 operations: passes every call on and injects faults. It
+// has the library's file name and loads the library itself.
 //
 // Environment:
-//   ORVANE_FAULT_LIBRARY  path of the library in front of which it stands
-//   ORVANE_FAULT          "OPERATION CALL only|from KIND [VALUE]" for the calls of one operation,
-//   counted
-//                         from 1; "new" counts requests for memory from SUInitialize on (not with
-//                         sanitizers). Or "random SEED RATE": each call with a chance of one in RATE.
-//   ORVANE_FAULT_CALLS    a file to write for each operation: name, number of calls, kinds that apply
-// Kinds: see KindNames. VALUE belongs to "count": a number, or +N or -N on top of the true one.
+//   ORVANE_FAULT_LIBRARY  path of the library
+//   ORVANE_FAULT          "OPERATION CALL only|from KIND [VALUE]": calls of one operation, counted from
+//                         1; "new" counts memory requests from SUInitialize on (not with sanitizers).
+//                         Or "random SEED RATE": each call with a chance of one in RATE.
+//   ORVANE_FAULT_CALLS    output file with a line per operation: name, number of calls, kinds that apply
+// Kinds: see KindNames. VALUE is for "count": a number, or +N or -N to add to the true one.
 #include "api/SketchUpAPI.h"
 
 #include <array>
@@ -34,10 +33,10 @@ constexpr const char* KindNames[] = {
     "fail",     // a failure, outputs untouched
     "scribble", // a failure, every output overwritten
     "silent",   // success, outputs untouched
-    "lie",      // success, every output but handles overwritten
-    "count",    // success, the count is another one
+    "lie",      // success, every output except handles overwritten
+    "count",    // success, wrong count
     "null",     // success, handles are null
-    "swap",     // success, handles are others that were given before
+    "swap",     // success, handles are earlier ones
 };
 
 uint64_t randomState = 0;
@@ -121,7 +120,7 @@ template <class Function> bool Applies(Kind kind) {
     }
 }
 
-// One operation: how often it was called, and what stands behind it.
+// One operation: its number of calls, and the library's function.
 struct Operation {
     const char* Name;
     void* Behind;
@@ -129,11 +128,11 @@ struct Operation {
     uint64_t Calls = 0;
 
     Operation(const char* name, bool (*applies)(Kind));
-    // What is to happen to the call that begins.
+    // Counts a call and returns its fault.
     Kind NextCall();
 };
 
-// Without requests for memory of its own, which would be counted.
+// Not a vector: its memory requests would be counted.
 std::array<Operation*, 64> operations = {};
 size_t operationCount = 0;
 bool running = false;
@@ -167,7 +166,7 @@ Kind Operation::NextCall() {
     return plan.Operation == Name && IsMeant(Calls) ? plan.What : NoKind;
 }
 
-// How many elements an output has: what the caller told in front of it, or what the operation fixes.
+// The number of elements of an output: the preceding argument, or a constant of the operation.
 uint64_t SizeOfOutput(const char* name, uint64_t told) {
     const std::string_view text = name;
     return told != 0                     ? told
@@ -208,14 +207,14 @@ uint64_t OtherCount(uint64_t count) {
     return value[0] == '+' || value[0] == '-' ? count + number : number;
 }
 
-// Remembers the handle and gives an earlier one of its type.
+// Stores the handle and returns a random stored one of its type.
 template <class Handle> Handle Earlier(Handle handle) {
     static std::vector<Handle> earlier;
     earlier.push_back(handle);
     return earlier[Random(earlier.size())];
 }
 
-// Changes one output after, or in the place of, the true call.
+// Changes one output after, or instead of, the true call.
 template <class Type> void SpoilOutput(const char* name, Kind kind, uint64_t told, Type output) {
     if constexpr (IsOutput<Type>) {
         if (output == nullptr) {
@@ -399,7 +398,7 @@ void SUTerminate(void) {
 }
 
 #ifndef __SANITIZE_ADDRESS__
-// Takes the place of the standard library's in the whole process.
+// Replaces the standard operators in the whole process.
 void* operator new(size_t size) {
     if (running) {
         ++requests;

@@ -1,13 +1,12 @@
-// Runs orvane thousands of times with one thing going wrong in each run, and checks how every run ends.
+// Runs orvane thousands of times with injected faults and checks how every run ends.
 //
-//   fault-sweep PROGRAMS calls EACH DOCUMENT...    each kind of fault at every call of every operation:
-//               the first EACH calls, then as many again in equal strides; and each request for memory
-//   fault-sweep PROGRAMS random RUNS FIRST DOCUMENT...   many faults at random, in front of the
-//   documents
-//               and of the scripted library with models made up at random
-//   fault-sweep PROGRAMS machine STEPS DOCUMENT...  files cut at a limit, signals, closed streams
+//   fault-sweep PROGRAMS calls EACH DOCUMENT...    each kind of fault in each operation, and failing
+//               memory requests: at the first EACH calls, then at as many again in equal strides
+//   fault-sweep PROGRAMS random RUNS FIRST DOCUMENT...    random faults from seed FIRST on, with the
+//               documents and with random models of the scripted library
+//   fault-sweep PROGRAMS machine STEPS DOCUMENT...    file size limits, signals, closed streams
 //
-// PROGRAMS is the build folder. Prints the number of runs; the exit code is 0 if none was at fault.
+// PROGRAMS is the build folder. Prints the number of runs. Exit code 0: no run was at fault.
 #include "RandomScript.h"
 #include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
@@ -37,7 +36,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned RunSeconds = 60; // a run that takes longer doesn't end
+constexpr unsigned RunSeconds = 60; // limit of a run
 constexpr int OutOfMemoryCode = 20;
 constexpr int SignalBase = 256;
 constexpr uint64_t Unlimited = ~uint64_t(0);
@@ -45,12 +44,12 @@ const std::string EarlierScene = "an earlier scene file";
 
 enum class Trouble { None, FileLimit, Signal, ClosedOutput, BrokenPipe };
 
-// One run, told in full by this.
+// All parameters of a run.
 struct Job {
     std::string Document = {}; // path; or the seed of a random script
     bool Scripted = false;
-    std::string Fault = {};     // as the fault layer wants it
-    std::string CallsFile = {}; // likewise
+    std::string Fault = {};     // ORVANE_FAULT
+    std::string CallsFile = {}; // ORVANE_FAULT_CALLS
     Trouble What = Trouble::None;
     uint64_t Value = 0; // bytes of the limit, or microseconds until the signal
 };
@@ -61,7 +60,7 @@ struct Outcome {
     std::string Errors;
 };
 
-// Where a worker runs, and the names that it gives the program.
+// A worker's folder and the paths of its runs.
 struct Place {
     fs::path Folder;
     fs::path Scene;
@@ -80,7 +79,7 @@ struct Counters {
 };
 
 fs::path programs;
-std::map<std::string, std::string> wholeScenes; // of documents, by undisturbed runs
+std::map<std::string, std::string> wholeScenes; // of undisturbed runs, by document
 Counters* counters = nullptr;
 volatile pid_t running = 0; // for the alarm
 
@@ -193,7 +192,7 @@ Outcome RunOnce(const Job& job, const Place& place) {
     return outcome;
 }
 
-// The lines of a log as UTF-8. Empty if the bytes are no log.
+// The text of a log as UTF-8; empty if the bytes are not a log.
 std::string TextOfLog(const std::string& bytes) {
     if (bytes.size() % 2 != 0 || !bytes.starts_with("\xFF\xFE")) {
         return {};
@@ -205,7 +204,7 @@ std::string TextOfLog(const std::string& bytes) {
     return Utf8FromUtf16(units);
 }
 
-// Whether the lines are those of a run that ends with this code.
+// Whether the lines are valid for a run with this exit code.
 bool IsSequence(const std::string& text, int code, const std::string& source, const std::string& scene) {
     std::vector<std::string> lines;
     for (size_t start = 0; start < text.size();) {
@@ -218,7 +217,7 @@ bool IsSequence(const std::string& text, int code, const std::string& source, co
     }
     const std::string rc = "Error importing " + source + " (rc=" + std::to_string(code) + ")";
     if (code == OutOfMemoryCode) {
-        return true; // it ends anywhere
+        return true; // ends anywhere
     }
     if (lines.empty() || lines[0] != "Importing " + source + " to " + scene) {
         return false;
@@ -249,7 +248,7 @@ bool IsSequence(const std::string& text, int code, const std::string& source, co
     }
 }
 
-// What is wrong with the way in which a run has ended; empty if nothing is.
+// The fault in the outcome of a run; empty if there is none.
 std::string Check(const Job& job, const Place& place, const Outcome& outcome) {
     const std::string source = SourceOf(job, place);
     const std::string scene = fs::exists(place.Scene) ? ReadBytes(place.Scene) : "";
@@ -282,14 +281,14 @@ std::string Check(const Job& job, const Place& place, const Outcome& outcome) {
         return "an earlier scene file is gone";
     }
     if (outcome.Code == OutOfMemoryCode && outcome.Errors.find("out of memory") == std::string::npos) {
-        return "out of memory without a word";
+        return "out of memory without a message";
     }
-    // Where the log can't be written in full, or output goes nowhere, the other one tells.
+    // A file limit can cut the log, but not standard output.
     const std::string log = job.What == Trouble::FileLimit ? outcome.Output : TextOfLog(logBytes);
     if (!IsSequence(log, outcome.Code, source, place.Scene.string())) {
         return "log: " + log;
     }
-    // Memory can run out between the two, so that the last line is in the log alone.
+    // Memory can run out between the two: then only the log has the last line.
     const bool isCutOff =
         outcome.Code == OutOfMemoryCode && log.starts_with(outcome.Output) &&
         std::count(log.begin() + static_cast<ptrdiff_t>(outcome.Output.size()), log.end(), '\n') <= 1;
@@ -315,7 +314,7 @@ void RunJob(const Job& job, const Place& place) {
     }
 }
 
-// Which calls of so many are tried.
+// The calls to inject a fault at.
 std::vector<uint64_t> ChosenCalls(uint64_t calls, uint64_t each) {
     std::vector<uint64_t> chosen;
     for (uint64_t call = 1; call <= std::min(calls, each); ++call) {
@@ -328,7 +327,7 @@ std::vector<uint64_t> ChosenCalls(uint64_t calls, uint64_t each) {
     return chosen;
 }
 
-// What the operations of a document's run are: name, calls, kinds of fault that apply.
+// An operation in a document's run: name, number of calls, kinds of fault that apply.
 struct OperationCalls {
     std::string Name;
     uint64_t Calls = 0;
@@ -378,7 +377,7 @@ std::vector<Job> CallJobs(const std::vector<std::string>& documents, uint64_t ea
 }
 
 std::vector<Job> RandomJobs(const std::vector<std::string>& documents, uint64_t runs, uint64_t seed) {
-    constexpr uint64_t documentsShare = 8; // one run in so many is of a document
+    constexpr uint64_t documentsShare = 8; // one run in this many uses a document
     constexpr uint64_t rates[] = {3, 20, 100, 1000000};
     std::vector<Job> jobs;
     for (uint64_t i = 0; i < runs; ++i) {
@@ -415,7 +414,7 @@ std::vector<Job> MachineJobs(const std::vector<std::string>& documents, uint64_t
     return jobs;
 }
 
-// Shares the jobs out among as many processes as there are processors.
+// Distributes the jobs over one process per processor.
 void RunAll(const std::vector<Job>& jobs, const fs::path& folder) {
     const auto workers = size_t(sysconf(_SC_NPROCESSORS_ONLN));
     for (size_t worker = 0; worker < workers; ++worker) {

@@ -1,4 +1,4 @@
-// Random scripts. tests/scripted/Script.h tells what their members mean.
+// Random scripts in the format of tests/scripted/Script.h.
 #include "RandomScript.h"
 
 #include <nlohmann/json.hpp>
@@ -10,13 +10,13 @@ namespace {
 
 constexpr size_t Materials = 4;
 constexpr size_t Layers = 3;
-// Few enough that definitions which all contain each other have an end.
+// Few, so that definitions that all contain each other stay small.
 constexpr size_t Definitions = 4;
 constexpr unsigned DeepestGroup = 3;
 
 using Engine = std::mt19937_64;
 
-// The distributions of the standard library differ from system to system.
+// The standard distributions differ between systems.
 uint64_t Below(Engine& engine, uint64_t end) {
     return engine() % end;
 }
@@ -66,7 +66,7 @@ Json Text(Engine& engine) {
     return texts[Below(engine, std::size(texts))];
 }
 
-// An index of a list, or null.
+// An index into a list of this size, or null.
 Json Index(Engine& engine, size_t size) {
     return OneIn(engine, 3) ? Json() : Json(Below(engine, size));
 }

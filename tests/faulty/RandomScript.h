@@ -1,9 +1,9 @@
-// Models made up at random for the scripted library, hostile in everything that a script can say.
+// Random models for the scripted library, hostile in all that a script can express.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-// The script of a seed: the same on every system. Lists lie inside each other and inside themselves,
-// numbers are anything or nothing, indices point outside, names are long.
+// The script of a seed, the same on every system: recursive definitions, extreme and non-finite numbers,
+// indices out of range, long names.
 std::string RandomScript(uint64_t seed);

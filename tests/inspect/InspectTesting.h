@@ -1,4 +1,4 @@
-// Helpers for the tests of scene-inspect: scene files made byte by byte, and scenes made in memory.
+// Helpers for the tests of scene-inspect: scene files built byte by byte, and scenes in memory.
 #pragma once
 
 #include "inspect/stored/SceneReader.h"
@@ -77,7 +77,7 @@ inline Bytes SmallFile() {
     return bytes;
 }
 
-// A triangle on the ground, to be seen from above or, turned, from below.
+// A triangle on the ground that faces up or, if turned, down.
 inline StoredMesh TriangleMesh(std::u16string_view name, std::u16string_view texture,
                                std::array<float, 4> colour, bool isTurned = false) {
     const float up = isTurned ? -1.0F : 1.0F;
@@ -89,7 +89,7 @@ inline StoredMesh TriangleMesh(std::u16string_view name, std::u16string_view tex
     return mesh;
 }
 
-// A root with these meshes.
+// A scene whose root has these meshes.
 inline StoredScene SceneWith(std::vector<StoredMesh> meshes) {
     StoredScene scene;
     scene.Nodes.push_back(

@@ -1,4 +1,4 @@
-// The grid of 64 x 8 x 64 cells with its chains, newest entry first, and the plain scan.
+// The grid of 64 x 8 x 64 cells with chains, newest entry first, and the linear scan.
 #include "mesh/LiteralWeld.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ struct Range {
     int32_t High = 0;
 };
 
-// A kept vertex of the pool and the next older one of its cell.
+// A kept vertex of the pool and the next older entry of its cell.
 struct Entry {
     size_t PoolVertex = 0;
     int32_t Next = None;
@@ -67,7 +67,7 @@ Axis MeasureAxis(const std::vector<Vertex>& vertices, int axis, float tolerance)
 
 Range Search(const Axis& axis, int32_t cells, float coordinate) {
     const float g = axis.Scale * (coordinate - axis.Min);
-    // A pool's coordinates give from 0 to the number of cells, or no number.
+    // A pool's coordinates give 0 to the number of cells, or NaN.
     const int32_t cell =
         g >= 0 && g <= 64 ? static_cast<int32_t>(g) : std::numeric_limits<int32_t>::min();
     const int32_t low = axis.Margin >= g - static_cast<float>(cell) ? cell - 1 : cell;

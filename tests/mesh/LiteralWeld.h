@@ -1,5 +1,5 @@
-// Welding as it is defined, step by step and however slow: what results of WeldVertices are measured by.
-// Shares no code with it.
+// Welding by its definition, step by step and slow: the reference for WeldVertices. Shares no code with
+// it.
 #pragma once
 
 #include "scene/SceneNode.h"
@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <vector>
 
-// From this many vertices on a pool is walked by the grid, below one by one.
+// Pools with this many vertices or more use the grid, smaller ones the linear scan.
 constexpr size_t LiteralGridMinimum = 80;
 
-// Expects a pool and indices that are not empty.
+// The pool and the indices must not be empty.
 void WeldLiterally(std::vector<Vertex>& vertices, std::vector<uint32_t>& indices, float tolerance);

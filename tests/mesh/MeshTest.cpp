@@ -15,13 +15,13 @@ namespace {
 
 using Indices = std::vector<uint32_t>;
 
-constexpr size_t GridSize = 90; // enough vertices for the grid, whatever they are
+constexpr size_t GridSize = 90; // enough vertices for the grid
 
 Vertex At(float x, float y = 0, float z = 0) {
     return {.Position = {x, y, z}, .Normal = {0, 1, 0}, .U = 0, .V = 0};
 }
 
-// Far from the vertices under test and from each other, to bring a pool to the size of the grid path.
+// Adds vertices far from those under test and from each other, so that the pool uses the grid.
 std::vector<Vertex> WithFiller(std::vector<Vertex> vertices) {
     while (vertices.size() < GridSize) {
         vertices.push_back(At(40, 0, static_cast<float>(vertices.size())));
@@ -43,7 +43,7 @@ Welded Weld(std::vector<Vertex> vertices) {
     return welded;
 }
 
-// Each test of welding holds for small pools and for those that go through the grid.
+// Tests that apply to small pools and to pools that use the grid.
 class WeldBothPaths : public testing::TestWithParam<bool> {
 public:
     static Welded Weld(std::vector<Vertex> vertices) {
@@ -116,11 +116,11 @@ TEST_P(WeldBothPaths, ComparesAllEightFloatsStrictly) {
 }
 
 TEST_P(WeldBothPaths, ComparesWithKeptVerticesOnly) {
-    // The second goes into the first; the third matches the second but not the first.
+    // The second merges with the first; the third matches the second but not the first.
     EXPECT_EQ(Numbers({At(1), At(1 + 8e-6f), At(1 + 14e-6f)}), (Indices{0, 0, 1}));
 }
 
-TEST_P(WeldBothPaths, KeepsVerticesThatAreNotFiniteApart) {
+TEST_P(WeldBothPaths, KeepsNonFiniteVerticesApart) {
     const float infinity = std::numeric_limits<float>::infinity();
     EXPECT_EQ(Numbers({At(infinity), At(infinity), At(-infinity), At(NAN), At(NAN)}),
               (Indices{0, 1, 2, 3, 4}));
@@ -135,17 +135,17 @@ TEST(Weld, PathsDifferWhereAVertexMatchesTwo) {
     EXPECT_EQ(Weld(WithFiller(vertices)).Result[2], 1u); // the newest of the cell
 }
 
-TEST(Weld, GridMissesMatchesAcrossTheMarginAsTold) {
-    // 128 units along X: half a cell per unit, the margin 1e-5 cells. A vertex that lies in the margin
-    // above the border at x = 10 is entered in the cell below, where one just beyond the margin does not
-    // look.
+TEST(Weld, GridMissesMatchesAcrossTheMargin) {
+    // 128 units along X: half a cell per unit, a margin of 1e-5 cells. A vertex in the margin above the
+    // border at x = 10 is stored in the cell below, which a vertex just beyond the margin does not
+    // search.
     std::vector<Vertex> vertices = {At(0), At(128), At(10 + 19e-6f), At(10 + 24e-6f)};
     EXPECT_LT(vertices[3].Position.X - vertices[2].Position.X, WeldTolerance);
     const Indices numbers = Weld(WithFiller(vertices)).Result;
     EXPECT_NE(numbers[2], numbers[3]);
 }
 
-TEST(Weld, DoesNothingTwiceOrOnNothing) {
+TEST(Weld, SkipsEmptyIndicesAndWeldedPools) {
     VertexPool pool = PoolOf(2);
     Indices none;
     WeldVertices(pool, none, WeldTolerance);
@@ -171,7 +171,7 @@ TEST(AddMeshes, NumbersVerticesByFirstUseAndKeepsDegenerateTriangles) {
     EXPECT_EQ(node.Meshes.Elements.size(), 1u);
 }
 
-TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
+TEST(AddMeshes, SplitsBetweenTrianglesAtTheLimit) {
     const auto sizes = [](size_t poolSize, const Indices& indices) {
         SceneNode node(u"");
         AddMeshes(node, indices, PoolOf(poolSize), 0);
@@ -181,7 +181,7 @@ TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
     EXPECT_EQ(sizes(99996, UpTo(99996)), (Sizes{99996}));
     EXPECT_EQ(sizes(99999, UpTo(99999)), (Sizes{99999}));
     EXPECT_EQ(sizes(100002, UpTo(100002)), (Sizes{99999, 3}));
-    // One new vertex brings the chunk to the limit; what follows starts anew and copies vertex 0.
+    // One new vertex fills the mesh; the next triangle starts a new one and copies vertex 0.
     Indices indices = UpTo(99996);
     indices.insert(indices.end(), {0, 1, 99996, 0, 1, 2});
     EXPECT_EQ(sizes(99997, indices), (Sizes{99997, 3}));

@@ -1,5 +1,5 @@
-// The pools are drawn from few values per float, so that matches, near misses and choices between
-// several matches are frequent.
+// Each float takes few different values, so that matches, near misses and choices between several
+// matches are frequent.
 #include "mesh/WeldCases.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ using Floats = std::array<float, sizeof(Vertex) / sizeof(float)>;
 constexpr float Infinity = std::numeric_limits<float>::infinity();
 constexpr float Largest = std::numeric_limits<float>::max();
 
-// The engine is the same on every system, the distributions of the standard library are not.
+// The engine is the same on every system; the standard distributions are not.
 struct Random {
     std::mt19937 Engine;
 };
@@ -39,7 +39,7 @@ template <size_t Count> float Pick(Random& random, const float (&values)[Count])
     return values[Below(random, Count)];
 }
 
-// The least and largest coordinate of a pool. Both are put into it, so borders of cells are known.
+// The least and largest coordinate of a pool. The pool contains both, so the cell borders are known.
 struct Extent {
     float Min = 0;
     float Max = 0;
@@ -63,7 +63,7 @@ float MoveByFloats(float value, int steps) {
     return value;
 }
 
-// A distance about the tolerance: equal to it, the floats next to that, fractions and multiples.
+// A distance near the tolerance: equal, the adjacent floats, fractions and multiples.
 float Distance(Random& random, float tolerance) {
     constexpr float factors[] = {0,     0.25f, 0.5f,  0.6f, 0.75f, 0.9f,
                                  0.99f, 1.01f, 1.25f, 1.5f, 1.9f,  2.1f};
@@ -139,7 +139,7 @@ Floats AnyFloats(Random& random, const PoolKind& kind) {
     return floats;
 }
 
-// Moves some floats by about the tolerance.
+// Moves some floats by about the tolerance, or negates them.
 Floats Moved(Random& random, Floats floats, float tolerance) {
     const uint32_t count = OneIn(random, 3) ? 8 : 1 + Below(random, 3);
     for (uint32_t i = 0; i < count; ++i) {
@@ -149,7 +149,7 @@ Floats Moved(Random& random, Floats floats, float tolerance) {
     return floats;
 }
 
-// Copies and near copies of a few vertices, and of those again.
+// Copies and near copies of a few vertices, and of these copies.
 void AppendClusters(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
     std::vector<Floats> models;
     for (uint32_t i = 0; i <= Below(random, 8); ++i) {
@@ -169,7 +169,7 @@ void AppendClusters(Random& random, const PoolKind& kind, size_t count, std::vec
     }
 }
 
-// Steps of about a tolerance along some floats, over all kinds of borders on the way.
+// Steps of about a tolerance along some floats, across borders of all kinds.
 void AppendChain(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
     Floats floats = AnyFloats(random, kind);
     const uint32_t moving = 1 + Below(random, 255);
@@ -184,7 +184,7 @@ void AppendChain(Random& random, const PoolKind& kind, size_t count, std::vector
     }
 }
 
-// Far more vertices in a space of some ten tolerances than there is room for without matches.
+// So many vertices in a space of a few tolerances that matches are certain.
 void AppendCrowd(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
     const Floats corner = AnyFloats(random, kind);
     const uint32_t moving = 1 + Below(random, 255);
@@ -200,8 +200,8 @@ void AppendCrowd(Random& random, const PoolKind& kind, size_t count, std::vector
     }
 }
 
-// Positions just above a corner of the grid's cells, where vertices that match are entered in different
-// cells and the order of the cells decides.
+// Positions just above a corner of cells, where matching vertices are stored in different cells and the
+// order of the cells decides.
 void AppendCorner(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
     constexpr uint32_t cells[3] = {64, 8, 64};
     Floats corner = AnyFloats(random, kind);
@@ -219,7 +219,7 @@ void AppendCorner(Random& random, const PoolKind& kind, size_t count, std::vecto
     }
 }
 
-// All floats from a handful of values.
+// All floats from a few values.
 void AppendFewValues(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
     const float base = AnyValue(random, kind, 3);
     const float values[] = {base, base + 0.6f * kind.Tolerance, base + 1.2f * kind.Tolerance, -base};

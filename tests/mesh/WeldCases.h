@@ -1,5 +1,5 @@
-// Pools on which a mistake in welding shows: vertices within a few tolerances of each other, at the
-// borders of cells, with floats of every kind.
+// Pools that reveal mistakes in welding: vertices within a few tolerances of each other, at cell
+// borders, with floats of every kind.
 #pragma once
 
 #include "scene/SceneNode.h"
@@ -13,5 +13,5 @@ struct WeldCase {
     float Tolerance = 0;
 };
 
-// Always the same for the same number. All kinds of pools come round every few numbers.
+// A function of the number. Eight consecutive numbers give all kinds of pools.
 WeldCase MakeWeldCase(uint32_t number);

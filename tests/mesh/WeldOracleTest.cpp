@@ -1,5 +1,5 @@
-// Welding against its definition: the same vertices and indices to the last bit, on pools made to show
-// any difference.
+// Compares welding with its definition: vertices and indices are equal to the last bit, on pools that
+// reveal differences.
 #include "mesh/LiteralWeld.h"
 #include "mesh/WeldCases.h"
 #include "mesh/WeldVertices.h"
@@ -9,12 +9,12 @@
 
 namespace {
 
-// Enough for each rule of the choice between matches to decide results many times over.
+// Enough that each rule of the choice between matches decides many results.
 constexpr uint32_t CaseCount = 12000;
 
 } // namespace
 
-TEST(WeldOracle, GivesWhatTheGridWalkGives) {
+TEST(WeldOracle, EqualsTheLiteralWeld) {
     size_t merged = 0;
     for (uint32_t number = 0; number < CaseCount; ++number) {
         WeldCase expected = MakeWeldCase(number);
@@ -31,5 +31,5 @@ TEST(WeldOracle, GivesWhatTheGridWalkGives) {
                   0)
             << "case " << number;
     }
-    EXPECT_GT(merged, size_t{CaseCount} * 30); // the pools are of the kind they are meant to be
+    EXPECT_GT(merged, size_t{CaseCount} * 30); // the pools contain enough matches
 }

@@ -62,7 +62,7 @@ template <class Value> Value ValueAt(const std::string& bytes, size_t offset) {
 
 } // namespace
 
-TEST(Recentre, StandsTheModelOnTheGroundInTheMiddle) {
+TEST(Recentre, CentresTheModelOnTheGround) {
     SceneNode root(u"");
     const SceneMesh& mesh = AddTriangle(root, {0, 10, 0}, {2, 10, 0}, {0, 13, 4}, {0, 1, 0});
     SceneNode& moved = AddChild(root, {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 100, 0, 0, 1}});
@@ -76,7 +76,7 @@ TEST(Recentre, StandsTheModelOnTheGroundInTheMiddle) {
     }
 }
 
-TEST(Recentre, TurnsTheWindingBackOncePerMirroring) {
+TEST(Recentre, ReversesTheWindingOncePerMirroring) {
     SceneNode root(u"");
     SceneNode& once = AddChild(root, Scaling(-1, 1, 1));
     SceneNode& twice = AddChild(once, Scaling(-1, 1, 1));
@@ -89,10 +89,10 @@ TEST(Recentre, TurnsTheWindingBackOncePerMirroring) {
     EXPECT_EQ(twiceMesh.Vertices[0].Normal.X, 1.0f);
 }
 
-TEST(Recentre, SendsNormalsThroughTheInverseTranspose) {
+TEST(Recentre, TransformsNormalsByTheInverseTranspose) {
     const SceneMesh stretched = Transform({0.70710678f, 0.70710678f, 0}, Scaling(2, 1, 1));
     EXPECT_NEAR(stretched.Vertices[0].Normal.Y / stretched.Vertices[0].Normal.X, 2.0f, 1e-5f);
-    // Without an inverse the transpose serves; it takes this normal to nothing.
+    // A singular matrix uses its transpose, which makes this normal 0.
     const SceneMesh flat = Transform({0, 0, 1}, Scaling(1, 1, 0));
     ExpectVector(flat.Vertices[0].Normal, {0, 0, 0});
     EXPECT_EQ(flat.Vertices[0].Position.Z, 0.0f);
@@ -101,7 +101,7 @@ TEST(Recentre, SendsNormalsThroughTheInverseTranspose) {
     ExpectVector(doubled.Vertices[0].Normal, {0, 1, 0});
 }
 
-TEST(Recentre, LeavesMeshesAloneUnderTheIdentity) {
+TEST(Recentre, KeepsMeshesUnderTheIdentity) {
     Matrix4 nearly = Identity;
     nearly.M[12] = 0.9e-8f;
     const Vec3 unnormalized = {0, 3, 0};
@@ -110,7 +110,7 @@ TEST(Recentre, LeavesMeshesAloneUnderTheIdentity) {
     ExpectVector(Transform(unnormalized, nearly).Vertices[0].Normal, {0, 1, 0});
 }
 
-TEST(SceneFile, HasFourZeroBytesPerVertexHoweverManyThereAre) {
+TEST(SceneFile, WritesFourZeroBytesPerVertex) {
     constexpr size_t count = 2500;
     SceneNode root(u"");
     SceneMesh& mesh = root.Meshes.Append(std::make_unique<SceneMesh>());
@@ -133,16 +133,16 @@ TEST(SceneFile, CutsNodeNamesAt255UnitsOfTheCodePage) {
     EXPECT_EQ(nameOf(u"K\u00FCche"), std::string("K\xFC"
                                                  "che") +
                                          std::string(251, '\0'));
-#ifndef _WIN32 // the code page of a Windows machine is its own affair
+#ifndef _WIN32 // the code page of Windows depends on the machine
     EXPECT_EQ(nameOf(u"\u20AC \u65E5 \U0001F3E0 \u0081").substr(0, 8), "\x80 ? ?? ?");
 #endif
 }
 
-TEST(SceneFile, TellsAWriteThatFallsShort) {
+TEST(SceneFile, ReportsIncompleteWrites) {
     OutputFile closed;
     EXPECT_FALSE(WriteScene(closed, SceneNode(u""), {}));
 #ifdef __linux__
-    // A file smaller than the stream's buffer fails only at the flush.
+    // A file smaller than the stream's buffer fails at the flush.
     OutputFile full;
     full.Open(u"/dev/full");
     ASSERT_NE(full.Stream, nullptr);

@@ -5,7 +5,7 @@
 
 TEST(Text, FoldsTheCaseOfAsciiOnly) {
     EXPECT_EQ(FoldCase(std::u16string(u"AZ Brick.JPG")), u"az brick.jpg");
-    EXPECT_EQ(FoldCase(std::u16string(u"\u00C4@[`{")), u"\u00C4@[`{"); // next to the letters
+    EXPECT_EQ(FoldCase(std::u16string(u"\u00C4@[`{")), u"\u00C4@[`{"); // code points next to the letters
 }
 
 TEST(Text, ConvertsBetweenUtf16AndUtf8) {
@@ -16,7 +16,7 @@ TEST(Text, ConvertsBetweenUtf16AndUtf8) {
     EXPECT_EQ(Utf8FromUtf16(unpaired), "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
-TEST(Text, TakesInvalidUtf8WithoutHarm) {
+TEST(Text, ReplacesInvalidUtf8) {
     const struct {
         const char* Bytes;
         const char16_t* Text;

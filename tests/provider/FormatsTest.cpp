@@ -1,5 +1,5 @@
-// Interchange formats: small files, each converted and compared with the same model as a model document;
-// damaged ones; and what is said about those that can't be used.
+// Interchange formats: small files, converted and compared with the same model as a model document;
+// damaged files; and the messages about unusable ones.
 #include "provider/ProviderTesting.h"
 
 #include "inspect/stored/SceneReader.h"
@@ -19,7 +19,7 @@ struct SceneTriangle {
     StoredMaterial Material;
 };
 
-// Coarse enough for rounding not to change the order.
+// Coarse, so that rounding does not change the order.
 std::array<long, 8> KeyOf(const StoredVertex& vertex) {
     std::array<long, 8> key = {};
     for (size_t i = 0; i < 3; ++i) {
@@ -31,7 +31,7 @@ std::array<long, 8> KeyOf(const StoredVertex& vertex) {
     return key;
 }
 
-// All triangles, each with its least corner first, in an order that only depends on where they are.
+// All triangles, each with its least corner first, sorted by position.
 std::vector<SceneTriangle> TrianglesOf(const StoredScene& scene) {
     std::vector<SceneTriangle> triangles;
     for (const StoredNode& node : scene.Nodes) {
@@ -78,7 +78,7 @@ Conversion ConvertFile(const std::u16string& path) {
                                           {}});
     Conversion conversion;
     conversion.Errors = run.Errors;
-    std::erase(conversion.Errors, '\r'); // Standard error output has the system's line ends.
+    std::erase(conversion.Errors, '\r'); // The system's line ends.
     EXPECT_EQ(run.ExitCode, 0) << run.Errors;
     if (run.ExitCode == 0) {
         const auto fault = ReadStoredSceneFile(PathText(out.Path / "scene.bin"), conversion.Scene);
@@ -159,7 +159,7 @@ std::vector<uint8_t> RectangleBytes() {
     return bytes;
 }
 
-// The members that go with RectangleBytes, but for scene, nodes and materials.
+// The members for RectangleBytes, except scene, nodes and materials.
 constexpr const char* RectangleMembers = R"(
     "asset": {"version": "2.0"}, "buffers": [{"byteLength": 148}],
     "bufferViews": [{"buffer": 0, "byteLength": 48}, {"buffer": 0, "byteOffset": 48, "byteLength": 48},
@@ -185,7 +185,7 @@ std::vector<uint8_t> RectangleGlb(const std::string& rest) {
 
 const std::string OneNode = "\"nodes\": [{\"mesh\": 0, \"name\": \"n\"}]";
 
-// Whether a file of these bytes can be opened; if not, there has to be a reason.
+// Whether a file of these bytes can be opened. Expects a reason if not.
 bool CanOpen(const std::u16string& name, const std::vector<uint8_t>& bytes) {
     Model model;
     std::string error;
@@ -202,7 +202,7 @@ size_t CountOpenedCuts(const std::u16string& name, const std::vector<uint8_t>& s
     return opened;
 }
 
-// Of 1500 copies with one to three bits turned.
+// Of 1500 copies with one to three flipped bits.
 size_t CountOpenedFlips(const std::u16string& name, const std::vector<uint8_t>& sound) {
     size_t opened = 0;
     std::minstd_rand random(1);
@@ -220,7 +220,7 @@ size_t CountOpenedFlips(const std::u16string& name, const std::vector<uint8_t>& 
 
 TEST(ProviderFormats, ReadsGlbWithItsPicture) {
     WriteTestFile(u"wall.tga", SmallPicture());
-    // The name's ending plays no part.
+    // The file name's extension has no effect.
     ExpectSameModel(WriteTestFile(u"panel.obj", RectangleGlb(TexturedMaterial + OneNode)), R"(
         "materials": [{"name": "wall", "picture": "wall.tga"}],
         "entities": {"faces": [{
@@ -267,7 +267,7 @@ TEST(ProviderFormats, PlacesNestedMirroredAndSharedNodes) {
     EXPECT_EQ(model.Positions.size(), 4U);
 }
 
-TEST(ProviderFormats, ReadsAllWaysToStateTriangles) {
+TEST(ProviderFormats, ReadsStripsFansAndSparseAccessors) {
     const auto open = [](const std::string& members, const std::vector<uint8_t>& bytes, Model& model) {
         std::string error;
         const bool isOpen =
@@ -285,7 +285,7 @@ TEST(ProviderFormats, ReadsAllWaysToStateTriangles) {
     AppendNumbers<uint8_t>(bytes, {4});
     AppendNumbers<float>(bytes, {0, 3, 0});
 
-    // A strip of three triangles, all of which face +Z, which is -Y in the model.
+    // A strip of three triangles that face +Z, which is -Y in the model.
     Model strip;
     open(five + R"("meshes": [{"primitives": [{"mode": 5, "attributes": {"POSITION": 0}}]}])", bytes,
          strip);
@@ -311,7 +311,7 @@ TEST(ProviderFormats, ReadsAllWaysToStateTriangles) {
     EXPECT_TRUE(std::ranges::count(sparse.Positions, Point3{0, 0, 2}) == 0);
 }
 
-TEST(ProviderFormats, TellsWhyGltfCannotBeUsed) {
+TEST(ProviderFormats, ReportsUnusableGltf) {
     std::string chain = "\"nodes\": [";
     for (int i = 1; i <= 600; ++i) {
         chain += "{\"children\": [" + std::to_string(i) + "]},";
@@ -334,7 +334,7 @@ TEST(ProviderFormats, TellsWhyGltfCannotBeUsed) {
     }
 }
 
-TEST(ProviderFormats, SaysWhichPictureIsMissing) {
+TEST(ProviderFormats, ReportsMissingPictures) {
     const std::string rest = TexturedMaterial + OneNode;
     std::string text(RectangleMembers);
     const std::string embedded = R"("bufferView": 4, "mimeType": "image/tga", "name": "wall")";
@@ -351,7 +351,7 @@ TEST(ProviderFormats, SaysWhichPictureIsMissing) {
 TEST(ProviderFormats, SurvivesDamagedGlb) {
     const std::vector<uint8_t> sound = RectangleGlb(TexturedMaterial + OneNode);
     EXPECT_EQ(CountOpenedCuts(u"damaged.glb", sound), 0U);
-    // Some bytes don't matter, or only move a corner.
+    // Some bits have no effect, or only move a corner.
     EXPECT_GT(CountOpenedFlips(u"damaged.glb", sound), 100U);
 }
 
@@ -408,8 +408,8 @@ constexpr const char* ColladaText = R"(<?xml version="1.0" encoding="utf-8"?>
 <instance_material symbol="s" target="#m"/></technique_common></bind_material></instance_geometry>
 </node></visual_scene></library_visual_scenes><scene><instance_visual_scene url="#c"/></scene></COLLADA>)";
 
-TEST(ProviderFormats, StandsColladaWithZUpUpright) {
-    // The name's ending plays no part.
+TEST(ProviderFormats, ReadsColladaWithZUp) {
+    // The file name's extension has no effect.
     ExpectSameModel(WriteTestText(u"up.txt", ColladaText),
                     R"("materials": [{"name": "paint", "color": [51, 102, 153]}],
         "entities": {"groups": [{"name": "wall", "transform": {"move": [5, 6, 7]}, "faces": [
@@ -417,7 +417,7 @@ TEST(ProviderFormats, StandsColladaWithZUpUpright) {
                     6);
 }
 
-TEST(ProviderFormats, TakesStlAsZUpAndKeepsQuiet) {
+TEST(ProviderFormats, ReadsStlAsZUpWithoutMessages) {
     ExpectSameModel(WriteTestText(u"part.STL", "solid part\nfacet normal 0 0 1\nouter loop\n"
                                                "vertex 0 0 1\nvertex 1 0 1\nvertex 0 2 1\n"
                                                "endloop\nendfacet\nendsolid part\n"),
@@ -432,15 +432,15 @@ TEST(ProviderFormats, SurvivesDamagedText) {
         BytesOf("v 0 0 0\nv 2 0 0\nv 2 1 0\nv 0 1 0\nv 0 0 2\nv 1 0 2\nv 0 1 2\n"
                 "vt 0 0\nvt 3 0\nvt 3 1\nvt 0 1\nusemtl none\n"
                 "f 1/1 2/2 3/3 4/4\nf 5 6 7\nf 4 3 2 6 7\n");
-    EXPECT_GT(CountOpenedCuts(u"damaged.obj", obj), 0U); // each line counts on its own
+    EXPECT_GT(CountOpenedCuts(u"damaged.obj", obj), 0U); // any number of whole lines is valid
     EXPECT_GT(CountOpenedFlips(u"damaged.obj", obj), 100U);
     EXPECT_EQ(CountOpenedCuts(u"damaged.dae", BytesOf(ColladaText)), 0U);
-    // Turned bits in it can bring the library itself down.
+    // No flipped bits here: they can crash assimp itself.
 }
 
 #else
 
-TEST(ProviderFormats, SaysWhatThisBuildLacks) {
+TEST(ProviderFormats, ReportsFormatsThatNeedAssimp) {
     Model model;
     std::string error;
     EXPECT_FALSE(OpenModel(WriteTestText(u"a.obj", "v 0 0 0\n"), model, error));

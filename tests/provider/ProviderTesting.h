@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
-// The directory of the running test, with its closing separator. Made at the first call, below one of
-// the process's own: tests of several builds run side by side.
+// The directory of the running test, with its closing separator. Created at the first call, below a
+// directory of the process, because tests of several builds run at the same time.
 inline std::u16string ProviderTestDirectory() {
     static const TempFolder Folder;
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
@@ -26,7 +26,7 @@ inline std::u16string ProviderTestDirectory() {
     return directory + u"/";
 }
 
-// Writes a file into the test's directory and gives its path.
+// Writes a file into the test's directory; returns its path.
 inline std::u16string WriteTestFile(std::u16string_view name, const std::vector<uint8_t>& bytes) {
     std::u16string path = ProviderTestDirectory() + std::u16string(name);
     EXPECT_EQ(WriteWholeFile(path, bytes), 0);
@@ -37,7 +37,7 @@ inline std::u16string WriteTestText(std::u16string_view name, std::string_view t
     return WriteTestFile(name, std::vector<uint8_t>(text.begin(), text.end()));
 }
 
-// Opens a document with the given members besides the version.
+// Opens a document with the version and the given members.
 inline bool OpenDocument(std::string_view members, Model& model, std::string& error) {
     const std::string text = "{\"orvaneModel\": 1, " + std::string(members) + "}";
     return OpenModel(WriteTestText(u"model.json", text), model, error);

@@ -54,10 +54,10 @@ TEST(Paths, MakeDirectoriesCreatesAllLevels) {
     for (const char* made : {"a/b", "out/deep", "old.dir/x", "c"}) {
         EXPECT_TRUE(std::filesystem::is_directory(base / made)) << made;
     }
-    // A last component that is all extension has no base name, so that level isn't made.
+    // A last component that is all extension has no base name: that directory isn't created.
     MakeDirectories((start + u"\\.cache\\").c_str());
     EXPECT_FALSE(std::filesystem::exists(base / ".cache"));
-    // Separators alone, and paths beyond the limit, come to an end.
+    // Separators alone and paths above the limit don't crash.
     for (const std::u16string& path : {std::u16string(1000, u'/'), start + std::u16string(300, u'x'),
                                        std::u16string(u"C:\\"), std::u16string()}) {
         MakeDirectories(path.c_str());

@@ -1,4 +1,4 @@
-// Vector and matrix arithmetic: worked values, and sums whose order shows in the last bit.
+// Vector and matrix arithmetic: known values, and sums whose order changes the last bit.
 #include "scene/Matrix.h"
 
 #include <bit>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
-// Bits, so that signed zeros are told apart.
+// Compares bits, to distinguish signed zeros.
 void ExpectSame(const Vec3& actual, const Vec3& expected) {
     EXPECT_EQ(std::bit_cast<uint32_t>(actual.X), std::bit_cast<uint32_t>(expected.X));
     EXPECT_EQ(std::bit_cast<uint32_t>(actual.Y), std::bit_cast<uint32_t>(expected.Y));
@@ -47,10 +47,10 @@ constexpr Matrix4 QuarterTurn = {{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 
 
 } // namespace
 
-TEST(Matrix, NormalizeUsesOneReciprocalAndLeavesShortVectorsAlone) {
+TEST(Matrix, NormalizeUsesOneReciprocalAndKeepsShortVectors) {
     ExpectSame(Normalized({3, 0, 4}), {3 * (1.0f / 5), 0, 4 * (1.0f / 5)});
     ExpectSame(Normalized({0, -0.0f, 0}), {0, -0.0f, 0});
-    // The float nearest to 1e-5 lies below the double threshold; the next one lies above it.
+    // The float nearest to 1e-5 is below the double threshold; the next one is above it.
     const float atThreshold = 1e-5f;
     ExpectSame(Normalized({atThreshold, 0, 0}), {atThreshold, 0, 0});
     EXPECT_NEAR(Normalized({std::nextafter(atThreshold, 1.0f), 0, 0}).X, 1.0f, 1e-6f);
@@ -64,7 +64,7 @@ TEST(Matrix, MultiplyPutsTheLeftFirstAndKeepsItsOrderOfSums) {
     Multiply(moveThenTurn, QuarterTurn);
     ExpectSame(Transformed(moveThenTurn, {1, 0, 0}), {0, 11, 0});
 
-    // 1e8 + 1 is 1e8 in floats, so only the order left to right gives 0 here.
+    // 1e8 + 1 is 1e8 in floats, so only the order from left to right gives 0.
     const Matrix4 a = {{1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}};
     const Matrix4 b = {{1, 0, 0, 0, 1e8f, 0, 0, 0, -1e8f, 0, 0, 0, 0, 0, 0, 0}};
     Matrix4 product = a;
@@ -81,7 +81,7 @@ TEST(Matrix, TransformPointDividesByW) {
     EXPECT_EQ(lost.X, std::numeric_limits<float>::infinity());
     EXPECT_EQ(lost.Y, -std::numeric_limits<float>::infinity());
     EXPECT_TRUE(std::isnan(lost.Z));
-    // The reciprocal is a double: with a float one the result would be the next float.
+    // The reciprocal is a double: a float would give the next float.
     EXPECT_EQ(Transformed(Scaling(1, 1, 1, 3), {7, 0, 0}).X, 2.33333325f);
 }
 
@@ -95,7 +95,7 @@ TEST(Matrix, TransformNormalIgnoresTranslationAndNormalizes) {
     ExpectSame(n, {0, 0, 0});
 }
 
-TEST(Matrix, InvertGivesInversesAndLeavesSingularMatricesAlone) {
+TEST(Matrix, InvertGivesInversesAndKeepsSingularMatrices) {
     Matrix4 m = Identity;
     EXPECT_EQ(Invert(m), 0);
     ExpectEqual(m, Identity);
@@ -103,7 +103,7 @@ TEST(Matrix, InvertGivesInversesAndLeavesSingularMatricesAlone) {
     EXPECT_EQ(Invert(m), 0);
     ExpectEqual(m, Scaling(0.5f, 0.25f, 0.125f));
 
-    // Rows and columns both need exchanging here.
+    // Needs exchanges of rows and of columns.
     const Matrix4 mixed = {{0, 0, 2, 0, 4, 0, 0, 0, 0, 8, 0, 0, 1, 2, 3, 1}};
     m = mixed;
     EXPECT_EQ(Invert(m), 0);
@@ -125,7 +125,7 @@ TEST(Matrix, InvertGivesInversesAndLeavesSingularMatricesAlone) {
     }
 }
 
-TEST(Matrix, IsMirroredLooksAtHandednessAlone) {
+TEST(Matrix, IsMirroredDependsOnHandednessOnly) {
     EXPECT_FALSE(IsMirrored(Identity));
     EXPECT_FALSE(IsMirrored(QuarterTurn));
     EXPECT_FALSE(IsMirrored(Scaling(-1, -1, 1)));
@@ -134,7 +134,7 @@ TEST(Matrix, IsMirroredLooksAtHandednessAlone) {
     EXPECT_TRUE(IsMirrored(Scaling(-1e-3f, -1e-3f, -1e-3f)));
 }
 
-TEST(Matrix, BoxKeepsItsStartWhereNothingGoesBeyond) {
+TEST(Matrix, BoxKeepsInitialLimitsThatNothingExceeds) {
     BoundingBox box = EmptyBox;
     ExtendBox(box, {NotANumber, 2e7f, 1});
     ExtendBox(box, {NotANumber, 3e7f, -1});

@@ -1,5 +1,5 @@
-// Loading of scripts, choice of faults, and the record of calls. The record is a text file, one call a
-// line, at the path in the environment variable ORVANE_SCRIPTED_RECORD.
+// Loads scripts, chooses faults, and records calls: one call per line in the file that the environment
+// variable ORVANE_SCRIPTED_RECORD names.
 #include "Script.h"
 
 #include "platform/Platform.h"
@@ -14,7 +14,7 @@ namespace {
 
 constexpr int DeadExitCode = 99;
 
-// The library's C boundary has no object to hang these on.
+// Global, because the library's C interface has no object.
 Json script;
 std::map<std::string, uint64_t> calls;
 uint64_t allCalls = 0;

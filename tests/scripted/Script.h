@@ -1,5 +1,5 @@
-// The script behind the scripted library: a JSON file that stands in for the model, the faults it asks
-// for, and the record of all calls that the library keeps for the tests.
+// The script of the scripted library: a JSON file in place of the model, with the faults to inject; and
+// the library's record of all calls, for the tests.
 //
 // A script has these members, all but "entities" optional:
 //   "materials"     [{"name", "color": [r, g, b, a], "useOpacity", "opacity", "type", "texture":
@@ -15,7 +15,7 @@
 //                   "backStq", "indices"}
 //   group           {"name", "entities"};  instance {"definition": index}
 //   image           {"file", "transform", "width", "height", "content"}
-// "content" is what the picture file will hold, the file name if absent. "nan" and "inf" serve as
+// "content" is the content of the picture file, by default the file name. "nan" and "inf" are valid
 // numbers.
 #pragma once
 
@@ -23,16 +23,16 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-// What a call does in place of its work. The names in the script are given behind each kind. One more,
-// "die", ends the process there and then with exit code 99.
+// What a call does instead of its work, with the name in scripts. Another one, "die", ends the process
+// with exit code 99.
 enum class FaultKind {
     None,
     Fail,         // "fail": non-zero result, outputs untouched
     FailLate,     // "fail late": outputs as usual, then a non-zero result
     Silent,       // "silent": result 0, outputs untouched
     Null,         // "null": result 0 and a null handle
-    Count,        // "count": the count that is given is "value" instead
-    Unterminated, // "unterminated": a text fills its buffer and has no closing NUL
+    Count,        // "count": returns "value" as the count
+    Unterminated, // "unterminated": a text without closing NUL fills its buffer
 };
 
 struct Fault {
@@ -40,19 +40,19 @@ struct Fault {
     uint64_t Value = 0;
 };
 
-// Reads the script; false if there is none at the path or it isn't JSON.
+// Reads the script; false if the file can't be opened or isn't JSON.
 bool LoadScript(const std::string& path);
 
-// The script that was loaded, or JSON null.
+// The loaded script, or JSON null.
 const nlohmann::json& Script();
 
-// Records a call and tells the fault that it is to have: that of the first entry that names the
-// operation, or "*" for any, and this call: the "call"-th, those from the "from"-th on, or all.
-// Calls are counted from 1, for "*" over all operations.
+// Records a call and returns its fault: that of the first entry for this operation, or "*" for any, and
+// this call: the "call"-th, those from the "from"-th on, or all. Calls are counted from 1, for "*" over
+// all operations.
 Fault NextCall(const char* operation, const std::string& detail = "");
 
-// Records that the caller broke the library's contract in the call that runs.
+// Records that the current call breaks the library's contract.
 void Violation(const std::string& text);
 
-// Whether any call had a fault so far.
+// Whether a call has had a fault.
 bool HadFault();

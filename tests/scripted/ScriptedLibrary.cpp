@@ -1,9 +1,9 @@
-// A second library behind the 64 operations, for whole runs of the program: it answers from a script
-// and can be told to fail, to keep still or to lie at any call. It checks the caller's side of the
-// contract as it goes: defaults in the outputs, lifetimes of what is released, and fixed arguments.
+// A second library with the 64 operations, for whole runs of the program: it answers from a script and
+// can fail, do nothing or return wrong values in any call. It also checks the caller's side of the
+// contract: defaults in the outputs, lifetimes of released objects, and fixed arguments.
 //
-// A handle is the address of its JSON value, so one element has one handle wherever it comes from.
-// Strings, image reps and UV helpers are numbered instead, because they are made and released.
+// A handle is the address of its JSON value, so each element has one handle. Strings, image reps and UV
+// helpers are numbered, because they are created and released.
 #include "Script.h"
 #include "api/SketchUpAPI.h"
 #include "platform/Platform.h"
@@ -57,7 +57,7 @@ uint8_t Byte(const Json& node, const char* name, uint8_t otherwise) {
     return value->is_boolean() ? uint8_t(value->get<bool>()) : value->get<uint8_t>();
 }
 
-// The element of the script's list that a member of a node names by its index, or null.
+// The element of a list of the script whose index is a member of the node, or null.
 const Json* Referred(const Json& node, const char* name, const char* list) {
     const Json* index = Member(node, name);
     return index == nullptr ? nullptr : &Script()[list][index->get<size_t>()];
@@ -72,8 +72,7 @@ template <class Handle> Handle HandleOf(const Json* node) {
     return {node == nullptr || node->is_null() ? 0 : reinterpret_cast<uintptr_t>(node)};
 }
 
-// One call: what its fault asks for, or else its work. A null owner fails, as does work that gives
-// false.
+// One call: its fault or its work. Fails for a null owner and if the work returns false.
 template <class Owner, class Work> int32_t Answer(const char* operation, Owner owner, Work work) {
     const Fault fault = NextCall(operation);
     Check(running, "called before SUInitialize or after SUTerminate");
@@ -84,7 +83,7 @@ template <class Owner, class Work> int32_t Answer(const char* operation, Owner o
     return work(NodeOf(owner), fault) && fault.Kind != FaultKind::FailLate ? Done : Failed;
 }
 
-// The same for operations on what has a number or no owner at all.
+// The same for operations on numbered objects or without an owner.
 template <class Work>
 int32_t AnswerAny(const char* operation, Work work, const std::string& detail = "") {
     const Fault fault = NextCall(operation, detail);
@@ -128,7 +127,7 @@ int32_t GiveNumber(const char* operation, EntitiesHandle entities, const char* l
     });
 }
 
-// As many handles as there are and as fit.
+// Returns as many handles as exist and fit.
 template <class Handle> int32_t GiveList(const char* operation, EntitiesHandle entities,
                                          const char* list, uint64_t count, Handle array[],
                                          uint64_t* returned) {
@@ -177,14 +176,14 @@ int32_t GiveText(const char* operation, Owner owner, const char* name, StringHan
 template <class Handle, class Made>
 int32_t Release(const char* operation, Handle* handle, std::map<uint64_t, Made>& made) {
     return AnswerAny(operation, [&](Fault) {
-        Check(IsNull(*handle) || made.count(handle->Value) == 1, "released what is not there");
+        Check(IsNull(*handle) || made.count(handle->Value) == 1, "released an invalid handle");
         const bool done = made.erase(handle->Value) == 1;
         handle->Value = 0;
         return done;
     });
 }
 
-// The points, vectors or coordinates of a face. Without normals the plane's stands for all.
+// The points, normals or coordinates of a face. Default normal: the plane's.
 int32_t GiveTriples(const char* operation, MeshHelperHandle helper, const char* name, uint64_t count,
                     double array[][3], uint64_t* returned) {
     return Answer(operation, helper, [&](const Json& face, Fault fault) {
@@ -203,7 +202,7 @@ int32_t GiveTriples(const char* operation, MeshHelperHandle helper, const char* 
     });
 }
 
-// Mesh helpers are the face's value itself; they may be read until the face's UV helper is released.
+// A mesh helper is the face's value; it is valid until the face's UV helper is released.
 template <class Work> int32_t AnswerMesh(const char* operation, MeshHelperHandle helper, Work work) {
     return Answer(operation, helper, [&](const Json& face, Fault fault) {
         Check(std::any_of(uvHelpers.begin(), uvHelpers.end(),
@@ -213,7 +212,7 @@ template <class Work> int32_t AnswerMesh(const char* operation, MeshHelperHandle
     });
 }
 
-// Writes what stands for the picture of a texture or an image.
+// Writes the content of the picture of a texture or an image.
 bool WritePicture(const Json& node, const char* path) {
     std::FILE* file = OpenForWriting(Utf16FromUtf8(path));
     if (file == nullptr)

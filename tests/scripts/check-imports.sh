@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks what the Windows programs need at run time: orvane.exe the 64 operations from SketchUpAPI.dll by their
-# plain names, and otherwise only what every Windows has; the library exports the operations and nothing else.
+# Checks that orvane.exe imports exactly the 64 plain names from SketchUpAPI.dll, that the library exports exactly
+# these, and that the Windows programs otherwise need only libraries of every Windows.
 # Usage: check-imports.sh WINDOWS_BUILD
 set -euo pipefail
 build=$1
@@ -20,8 +20,8 @@ diff <(echo "$wanted") <(echo "$exports")
 for file in orvane.exe SketchUpAPI.dll scene-inspect.exe; do
     others=$("$objdump" -p "$build/$file" | awk '/DLL Name: /{print $3}' | grep -v '^SketchUpAPI.dll$')
     if grep -vE "$bare" <<<"$others"; then
-        echo "$file needs more than a bare Windows has."
+        echo "$file needs libraries that Windows lacks."
         exit 1
     fi
 done
-echo "orvane.exe imports the 64 operations and nothing that a bare Windows lacks."
+echo "orvane.exe imports the 64 operations, and otherwise only libraries of Windows."

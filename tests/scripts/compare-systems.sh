@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Converts the example and the test documents with the Linux and the Windows build, in folders of their own and
-# with the same arguments, and compares all that comes out: scene files, pictures, logs, standard output.
+# Converts the example and a test document with the Linux and the Windows build, in separate folders with the same
+# arguments, and compares all output: scene files, pictures, logs, standard output.
 # Usage: compare-systems.sh LINUX_BUILD WINDOWS_BUILD SOURCE_FOLDER
 set -euo pipefail
 linux=$1 windows=$2 source=$3

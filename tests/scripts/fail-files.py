@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Fails the n-th open and the n-th write of every file that orvane and scene-inspect write, once and from there on,
-for n = 1, 2, 3 ... until a run ends without reaching it, and checks that no run calls a failure a success.
+"""Injects errors at the n-th open and the n-th write of every file that orvane and scene-inspect write, once or from
+then on, for n = 1, 2, 3 ... until a run ends before the n-th call, and checks the outcome of every run.
 
     fail-files.py PROGRAMS DOCUMENT [ERROR...]
 
-PROGRAMS is a build folder, for Linux or, run under Wine, for Windows, where only writes can be failed: files are
-opened by Wine's server. DOCUMENT is a model with pictures. ERROR is ENOSPC unless given. Needs strace."""
+PROGRAMS is a build folder for Linux or for Windows. Under Wine only writes can fail, because Wine's server opens the
+files. DOCUMENT is a model with pictures. The default ERROR is ENOSPC. Needs strace."""
 import concurrent.futures, json, os, pathlib, re, shutil, subprocess, sys, tempfile
 
 programs, document = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
@@ -17,12 +17,12 @@ CALLS = {"write": "write,writev,pwrite64"} if on_wine else {"open": "open,openat
 EARLIER = b"an earlier file"
 OPENED = re.compile(r'open\w*\(.*?"([^"]+)", O_WRONLY.*?= \d+<([^>]+)>')
 WRITTEN = re.compile(r"write\w*\(\d+<([^>]+)>")
-# Leaks are not looked for, which a tracer makes impossible.
+# The leak check doesn't work under a tracer.
 ENVIRONMENT = dict(os.environ, ASAN_OPTIONS="detect_leaks=0", LC_ALL="C.UTF-8")
 
 
 class Run:
-    """A program's run in a folder of its own, with one of its calls failed if a target is given."""
+    """A program run in its own folder, with a failing call if there is a target."""
 
     def __init__(self, command, inputs, target=(), calls="", error="", when=""):
         with tempfile.TemporaryDirectory() as folder:
@@ -49,7 +49,7 @@ class Run:
                           for path in pathlib.Path(self.folder).rglob("*") if path.is_file()}
 
     def targets(self):
-        """The files that the run writes: name in its folder, and the ways in which it is named in calls."""
+        """The files that the run writes: path in its folder, and the paths that the calls use for it."""
         names = {}
         for requested, real in OPENED.findall(self.trace):
             names.setdefault(real, set()).add(requested)
@@ -60,7 +60,7 @@ class Run:
 
 
 def differing(run, base, besides=()):
-    """Files that aren't as in the undisturbed run."""
+    """Files that differ from the undisturbed run."""
     names = (set(run.files) | set(base.files)) - set(besides)
     return sorted(name for name in names if run.files.get(name) != base.files.get(name))
 
@@ -72,7 +72,7 @@ def lines_of(log):
 def check_log(run, base, call, n, span):
     if call == "open":
         return "a log" if "run.log" in run.files else ""
-    # One write for each line. Windows keeps what it couldn't write and tries again.
+    # One write per line. Windows keeps the bytes of a failed write and retries.
     lines = base.files["run.log"].split(b"\r\0\n\0")[:-1]
     kept = lines[:n - 1] + (lines[n:] if span == "once" else [])
     log = run.files["run.log"]
@@ -103,13 +103,13 @@ def check_orvane(name, call, n, span, run, base):
 
 def check_inspect(name, call, n, span, run, base):
     what = "standard output can't be written" if name == "output" else name + ": the file can't be written"
-    # An output after the failed one is still made.
+    # Outputs after the failed one are still written.
     wrong = differing(run, base, {name})
     return "" if run.code == 4 and what in run.errors and not wrong else f"{run.code} {run.errors} {wrong}"
 
 
 def sweep(command, inputs, check, only=None):
-    """Gives a function for each target, call, error and span, which tries every n and yields its outcomes."""
+    """Runs undisturbed; returns that run, and per target, call, error and span a function that tries every n."""
     base = Run(command, inputs)
     if base.code != 0:
         sys.exit(f"{command} ends with {base.code}: {base.errors}")
@@ -135,7 +135,7 @@ if shutil.which("strace") is None:
     sys.exit(77)
 document_name = f"in/{document.name}"
 inputs = {f"in/{path.name}": path.read_bytes() for path in document.parent.iterdir() if path.is_file()}
-# Triangles that share no corner: five megabytes of scene, and so five writes in the middle of it.
+# Triangles without shared corners: a scene of five megabytes, written in five blocks.
 corners = [[[i, j, 0], [i + 0.5, j, 0], [i, j + 0.5, 0]] for i in range(148) for j in range(148)]
 wide = json.dumps({"orvaneModel": 1, "entities": {"faces": [{"outer": outer} for outer in corners]}})
 earlier = {"out/house.bin": EARLIER}

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the recipe for one machine of docs/many-models.md, as it stands there, on a folder of good and bad
-# models: many-models.sh FOLDER-OF-THE-PROGRAMS REPOSITORY. Exit code 77: skipped.
+# Runs the recipe for one machine in docs/many-models.md on a folder of good and bad models.
+# Usage: many-models.sh PROGRAMS REPOSITORY. Exit code 77: skipped.
 set -euo pipefail
 programs=$(realpath "$1")
 repository=$(realpath "$2")
@@ -33,7 +33,7 @@ echo '{ "orvaneModel": 1, ' >"models/new houses/it's broken.json"
 cp models/house.json models/no-pictures-here.json
 sed -i 's/brick\.png/missing.png/' models/no-pictures-here.json
 
-# The last exit code that the recipe has found for a model.
+# The last exit code of a model.
 code_of() {
     awk -F '\t' -v name="$1" 'index($2, name) { print $1 }' outcome.tsv
 }
@@ -51,7 +51,7 @@ cmp scenes/house.bin "scenes/new houses/house.bin" || fail "the two houses diffe
 [ -s "logs/new houses/it's broken.log" ] || fail "no log of the broken model"
 scene-inspect "scenes/new houses/house.bin" >/dev/null || fail "the scene file isn't sound"
 
-# The same again: only what failed is tried, and what has been mended succeeds.
+# A second run converts failed models only, and the repaired one succeeds.
 touch -d 2001-01-01 scenes/house.bin
 cp models/house.json models/empty.json
 bash recipe.sh >counts.txt || fail "the recipe ended with $? at the second time"
@@ -59,9 +59,9 @@ bash recipe.sh >counts.txt || fail "the recipe ended with $? at the second time"
 [ "$(tr -s ' \n' ' ' <counts.txt)" = " 3 0 2 10 " ] || fail "counts at the second time: $(cat counts.txt)"
 [ "$(grep -c '^[0-9]' jobs.tsv)" = 8 ] || fail "not five and three jobs: $(cat jobs.tsv)"
 
-# The page's check of all scene files, with one cut short.
+# The page's check of all scene files, one of them truncated.
 truncate -s -1 scenes/empty.bin
 check=$(grep '^find scenes' "$repository/docs/many-models.md")
 ! bash -c "$check" >checked.txt 2>&1 || fail "a faulty file isn't found"
 [ "$(cut -d ' ' -f 1-3 checked.txt)" = "scenes/empty.bin: at byte" ] || fail "the check says: $(cat checked.txt)"
-echo "All as it should be."
+echo "The recipe works."

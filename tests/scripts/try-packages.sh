@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Unpacks both packages and converts the example with what they hold, from within them and nothing else.
+# Unpacks both packages and converts the example with their contents alone.
 # Usage: try-packages.sh DIST_FOLDER WINDOWS_BUILD
 set -euo pipefail
 dist=$1

@@ -1,4 +1,4 @@
-// Files and folders for tests, by the standard library.
+// Files and folders for tests.
 #include "support/Files.h"
 
 #include "platform/Platform.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// A new, empty folder, removed with all that it holds at the end.
+// A new, empty folder; the destructor removes it with its contents.
 struct TempFolder {
     std::filesystem::path Path;
 
@@ -15,14 +15,14 @@ struct TempFolder {
     TempFolder& operator=(const TempFolder&) = delete;
 };
 
-// The bytes of a file; a failed test and no bytes if it can't be read.
+// The bytes of a file; fails the test and returns none if it can't be read.
 std::string ReadBytes(const std::filesystem::path& path);
 
-// Writes a file, and the folders that it needs.
+// Writes a file and creates its folders.
 void WriteBytes(const std::filesystem::path& path, const std::string& bytes);
 
-// All files below a folder, as sorted paths from there with slashes, in UTF-8.
+// All files below a folder: sorted relative paths with slashes, in UTF-8.
 std::vector<std::string> FilesBelow(const std::filesystem::path& folder);
 
-// A path as the command line has it: with backslashes.
+// A path with backslashes, as on the command line.
 std::u16string PathText(const std::filesystem::path& path);

@@ -1,4 +1,4 @@
-// Runs a program as a child process and waits for its end. One side per system.
+// Runs a program as a child process and waits for its end. One implementation per system.
 #pragma once
 
 #include <cstdint>
@@ -9,26 +9,26 @@
 
 struct ProgramCall {
     std::filesystem::path Program;
-    std::vector<std::u16string> Arguments;  // Without the program's own name; any text, also empty ones.
-    std::filesystem::path WorkingDirectory; // Has to exist; empty stands for the caller's.
-    // Shared libraries are taken from here before any other place. Empty: the program's own ways.
+    std::vector<std::u16string> Arguments;  // Without the program's name; may be empty.
+    std::filesystem::path WorkingDirectory; // Must exist; empty: the caller's.
+    // The first folder that is searched for shared libraries. Empty: the default search.
     std::filesystem::path LibraryDirectory;
-    // Variables on top of the caller's environment: names and values in ASCII.
+    // Additional environment variables: names and values in ASCII.
     std::vector<std::pair<std::string, std::string>> Environment;
-    // The most memory the program may ask for, in bytes; 0 for no limit. Not on Windows. With sanitizers
-    // it bounds each request by itself.
+    // Limit of the address space in bytes; 0: none. With sanitizers, limit of each request. Not on
+    // Windows.
     uint64_t MemoryLimit = 0;
-    // Whether permissions bind the program also where the caller is root. Not on Windows.
+    // Whether file permissions apply even if the caller is root. Not on Windows.
     bool Unprivileged = false;
 };
 
 struct ProgramResult {
-    int ExitCode = -1;  // Above 255 if the program was ended by the system, or could not be started.
+    int ExitCode = -1;  // Above 255: killed, or not started.
     std::string Output; // Standard output, byte for byte.
     std::string Errors; // Standard error output, byte for byte.
 };
 
-// A program that runs for more than ProgramSeconds is ended.
+// A program that runs for longer is ended.
 constexpr unsigned ProgramSeconds = 60;
 
 ProgramResult RunProgram(const ProgramCall& call);

@@ -1,5 +1,4 @@
-// Child processes on POSIX systems. What the child prints goes to unnamed files, so that nothing can
-// block however much it is.
+// Child processes on POSIX systems. Their output goes to unnamed files, so that long output can't block.
 #include "support/RunProgram.h"
 
 #include "platform/Platform.h"
@@ -28,7 +27,7 @@ std::string ReadAll(std::FILE* file) {
 
 void LimitMemory(uint64_t limit) {
 #ifdef __SANITIZE_ADDRESS__
-    // The sanitizer's own needs are far above any limit on the process.
+    // The sanitizer's own address space is far above any limit.
     const std::string options =
         "allocator_may_return_null=1:max_allocation_size_mb=" + std::to_string(limit >> 20);
     setenv("ASAN_OPTIONS", options.c_str(), 1);
@@ -38,7 +37,7 @@ void LimitMemory(uint64_t limit) {
 #endif
 }
 
-// In the child, after the fork: never returns.
+// In the child, after the fork.
 [[noreturn]] void Become(const ProgramCall& call, int output, int errors) {
     std::vector<std::string> texts = {call.Program.string()};
     for (const std::u16string& argument : call.Arguments)

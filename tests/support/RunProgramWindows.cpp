@@ -1,5 +1,4 @@
-// Child processes on Windows. What the child prints goes to temporary files, so that nothing can block
-// however much it is.
+// Child processes on Windows. Their output goes to temporary files, so that long output can't block.
 #include "support/RunProgram.h"
 
 #include "support/Files.h"
@@ -15,8 +14,7 @@ std::wstring Wide(const std::u16string& text) {
     return {text.begin(), text.end()};
 }
 
-// An argument as the C run-time library takes command lines apart: in quotes, with backslashes doubled
-// where a quote follows them.
+// An argument quoted for the parser of the C run-time library: backslashes are doubled before a quote.
 std::wstring Quoted(const std::wstring& argument) {
     std::wstring text = L"\"";
     size_t backslashes = 0;
@@ -84,7 +82,7 @@ ProgramResult RunProgram(const ProgramCall& call) {
     const TempFolder aside;
     const std::filesystem::path outputPath = aside.Path / "output";
     const std::filesystem::path errorsPath = aside.Path / "errors";
-    // A program finds its libraries beside itself: the library's folder holds a copy of the program.
+    // A program loads libraries from its own folder: the library's folder has a copy of the program.
     const std::filesystem::path program =
         call.LibraryDirectory.empty() ? call.Program : call.LibraryDirectory / call.Program.filename();
     HANDLE output = CreateOutput(outputPath);

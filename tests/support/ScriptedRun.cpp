@@ -1,4 +1,4 @@
-// Runs against the scripted library: set-up, the record of calls, and short forms of what came out.
+// Runs with the scripted library: set-up, record of calls, and short forms of the results.
 #include "support/ScriptedRun.h"
 
 #include "platform/Platform.h"
@@ -78,10 +78,10 @@ void RunScript(ScriptedRun& run, const Json& script) {
                              .Environment = environment,
                              .MemoryLimit = run.MemoryLimit,
                              .Unprivileged = run.Unprivileged});
-    std::erase(run.Result.Errors, '\r'); // Standard error output has the system's line ends.
+    std::erase(run.Result.Errors, '\r'); // The system's line ends.
     run.Calls.clear();
     ReadCalls(run, record);
-    // A sanitizer says first which request for memory it has refused.
+    // A sanitizer first reports the memory request that it has refused.
     if (run.MemoryLimit == 0) {
         EXPECT_EQ(run.Result.Errors, run.ExpectedErrors);
     } else {

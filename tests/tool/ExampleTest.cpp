@@ -1,4 +1,4 @@
-// The example house and documents that can't be used, converted by the program with the open library.
+// The program with the open library on the example house and on unusable documents.
 #include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
 #include "support/Files.h"
@@ -24,8 +24,7 @@ ProgramResult RunOrvane(const TempFolder& folder, const fs::path& model) {
                        .Environment = {}});
 }
 
-// How the side of a triangle that its order shows lies to the side that its first normal looks to: above
-// 0 if they agree.
+// Whether the winding of a triangle agrees with its first normal: above 0 if so.
 double Agreement(const StoredMesh& mesh, size_t first) {
     const auto corner = [&](size_t i) -> const StoredVertex& {
         return mesh.Vertices[mesh.Indices[first + i]];
@@ -49,7 +48,7 @@ double Agreement(const StoredMesh& mesh, size_t first) {
 
 } // namespace
 
-TEST(Example, TheHouseHasWhatItsDocumentSays) {
+TEST(Example, TheHouseMatchesItsDocument) {
     const TempFolder folder;
     const ProgramResult result = RunOrvane(folder, House / "house.json");
     ASSERT_EQ(result.ExitCode, 0) << result.Output << result.Errors;
@@ -83,31 +82,31 @@ TEST(Example, TheHouseHasWhatItsDocumentSays) {
             }
         }
     }
-    // Also under the mirroring of one wing and one window.
+    // Also where one wing and one window are mirrored.
     EXPECT_EQ(facingAway, 0u);
     EXPECT_NEAR(low, 0, 1e-5);
     EXPECT_NEAR(high, 6.76, 1e-5); // from the bottom of the garden to the top of the chimney
     EXPECT_NEAR(sides[0], -7, 1e-5);
     EXPECT_NEAR(sides[1], 7, 1e-5);
 
-    // The hidden letter box stands, the furniture on the layer that is switched off does not.
+    // The hidden letter box is in the scene, the furniture on the invisible layer is not.
     EXPECT_TRUE(names.contains("Letter box"));
     EXPECT_FALSE(names.contains("Table and bench"));
     EXPECT_EQ(triangles[u"red paint"], 24u); // one block of the letter box, both sides
-#ifndef _WIN32                               // the code page of a Windows machine is its own affair
+#ifndef _WIN32                               // the code page of Windows depends on the machine
     EXPECT_TRUE(names.contains("K\xFC"
                                "che"));
     EXPECT_TRUE(names.contains("Dach ??"));
 #endif
 
-    // Two materials share the picture of the bricks; the image on the wall has a row without a name.
+    // Two materials share the picture of the bricks; the material of the image has no name.
     EXPECT_EQ(textures[u"brick"], u"maps\\house_Texture1.png");
     EXPECT_EQ(textures[u"wing brick"], u"maps\\house_Texture1.png");
     EXPECT_EQ(textures[u""], u"maps\\house_Texture8.png");
     EXPECT_EQ(triangles[u""], 4u);
     EXPECT_EQ(textures[u"glass"], u"");
 
-    // A PNG goes out as it is, anything else as a PNG.
+    // PNG files are copied, other pictures converted to PNG.
     const auto picture = [&](int number) {
         return ReadBytes(folder.Path / "out" / ("house_Texture" + std::to_string(number) + ".png"));
     };
@@ -117,7 +116,7 @@ TEST(Example, TheHouseHasWhatItsDocumentSays) {
     }
 }
 
-TEST(Example, ADocumentThatCantBeUsedIsToldOnce) {
+TEST(Example, AnInvalidDocumentIsReportedOnce) {
     const TempFolder folder;
     const fs::path model = folder.Path / "broken.json";
     WriteBytes(model, R"({"orvaneModel": 1, "materials": [{"name": "a", "picture": "none.png"}]})");
@@ -140,8 +139,8 @@ TEST(Example, AModelWithoutVisibleGeometryEndsWith13) {
 }
 
 #ifdef _WIN32
-TEST(Example, TheWorkedCallTakesDriveLettersAndMakesItsDirectories) {
-    // In the root of a drive, which is the test's own under Wine.
+TEST(Example, DriveLettersWorkAndDirectoriesAreCreated) {
+    // In the root of a drive, which belongs to the build under Wine.
     for (const char* made : {"C:\\in", "C:\\scenes", "C:\\logs"}) {
         ASSERT_FALSE(fs::exists(made)) << made;
     }

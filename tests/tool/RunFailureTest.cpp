@@ -1,4 +1,4 @@
-// What a failing, silent or lying library call leaves out of a scene, and what goes on without it.
+// What a scene loses when a library call fails, does nothing or returns wrong values, and what it keeps.
 #include "support/ScriptedRun.h"
 
 #include <gtest/gtest.h>
@@ -12,8 +12,8 @@ Json Entities(const std::vector<Json>& faces) {
     return Faces(faces)["entities"];
 }
 
-// A model with every kind of element twice, and once more on an invisible layer; with null handles in
-// its lists and one material listed twice.
+// A model with two elements of every kind and a third one on an invisible layer, null handles in its
+// lists, and one material listed twice.
 Json Reference() {
     const Json hidden = 0;
     Json onLayer = Triangle(9);
@@ -49,7 +49,7 @@ const std::string Whole = Root + Groups + Instances;
 
 constexpr uint64_t TooMany = uint64_t(1) << 31;
 constexpr uint64_t FarTooMany = uint64_t(1) << 63;
-constexpr uint64_t AsGoodAsNone = uint64_t(1) << 32; // if cut to 32 bits
+constexpr uint64_t AsGoodAsNone = uint64_t(1) << 32; // if truncated to 32 bits
 constexpr uint64_t MostOfAll = ~uint64_t(0);
 
 using Kinds = std::vector<const char*>;
@@ -57,14 +57,14 @@ const Kinds Any = {"fail", "fail late", "silent"};
 const Kinds AnyOrNull = {"fail", "fail late", "silent", "null"};
 const Kinds Failing = {"fail", "fail late"};
 
-// The operation, the call, the kinds of fault that all have the same effect, and what is another in a
-// document of the same scene: members of the reference model by their JSON pointers.
+// The operation, the call, the kinds of fault, which all have the same effect, and the changes to the
+// reference model that give the same scene without a fault: JSON pointers and values.
 struct Row {
     const char* Operation;
     uint64_t Call;
     Kinds Faults;
     std::vector<std::pair<const char*, Json>> Lost;
-    std::vector<uint64_t> Counts; // Counts that have that effect too.
+    std::vector<uint64_t> Counts; // Wrong counts with the same effect.
 };
 
 const Json Nothing;
@@ -83,16 +83,16 @@ const Row Rows[] = {
      Any,
      {{"/entities/faces", Nothing}},
      {0, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
-    {"SUEntitiesGetNumFaces", 1, {}, {}, {5}}, // One null handle more.
+    {"SUEntitiesGetNumFaces", 1, {}, {}, {5}}, // One more null handle.
     {"SUEntitiesGetFaces", 1, Any, {{"/entities/faces", Nothing}}, {}},
-    {"SUEntitiesGetFaces", 1, {}, {}, {0, 1, 99}}, // The returned count doesn't matter here.
+    {"SUEntitiesGetFaces", 1, {}, {}, {0, 1, 99}}, // The returned count has no effect here.
     {"SUEntitiesGetNumGroups",
      1,
      Any,
      {{"/entities/groups", Nothing}},
      {0, 5, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
     {"SUEntitiesGetGroups", 1, Any, {{"/entities/groups", Nothing}}, {0, 3, 5}},
-    // The lists of the two groups are asked first.
+    // The calls for the two groups come first.
     {"SUEntitiesGetNumInstances",
      3,
      Any,
@@ -113,7 +113,7 @@ const Row Rows[] = {
     {"SUMeshHelperCreateWithUVHelper", 1, AnyOrNull, {{"/entities/faces/0", Nothing}}, {}},
     {"SUUVHelperRelease", AllCalls, Any, {}, {}},
 
-    // The fifth in the list of materials is glass.
+    // Glass is the fifth in the list of materials.
     {"SUMaterialGetName", 1, Any, {{"/materials/0/name", ""}}, {}},
     {"SUMaterialGetColor", AllCalls, Failing, {{"/materials/2/color", Nothing}}, {}},
     {"SUMaterialGetColor", 5, {"silent"}, {{"/materials/2/color", {0, 0, 0, 0}}}, {}},
@@ -122,12 +122,12 @@ const Row Rows[] = {
     {"SUMaterialGetType", AllCalls, {"fail", "silent"}, {{"/materials/0/type", 0}}, {}},
     {"SUMaterialGetType", AllCalls, {"fail late"}, {}, {}},
     {"SUMaterialGetTexture", AllCalls, Failing, {{"/materials/0/texture", Nothing}}, {}},
-    {"SUMaterialGetTexture", 1, {"silent", "null"}, {}, {}}, // Textured, the file name unknown.
+    {"SUMaterialGetTexture", 1, {"silent", "null"}, {}, {}}, // Textured, with unknown file name.
     {"SUTextureGetFileName", 1, Any, {}, {}},
     {"SUTextureGetDimensions", AllCalls, Any, {{"/materials/0/texture/sScale", 1}}, {}},
 
     {"SUImageGetFileName", 1, Any, {{"/entities/images/0/file", ""}}, {}},
-    // The list ends with the image whose transformation fails.
+    // The list ends before an image whose transformation fails.
     {"SUImageGetTransform", 1, Failing, {{"/entities/images", Nothing}}, {}},
     {"SUImageGetTransform", 2, Failing, {{"/entities/images/2", Nothing}}, {}},
     {"SUImageRepCreate", 1, AnyOrNull, {{"/entities/images/0/width", 0}}, {}},
@@ -137,7 +137,7 @@ const Row Rows[] = {
     {"SUTextureWriterLoadEntity", AllCalls, {"fail"}, {}, {}},
 
     {"SUGroupGetName", 1, Any, {{"/entities/groups/0/name", ""}}, {}},
-    // So do the lists of groups and instances.
+    // The same for groups and instances.
     {"SUGroupGetTransform", 1, Failing, {{"/entities/groups", Nothing}}, {}},
     {"SUGroupGetTransform", 2, Failing, {{"/entities/groups/2", Nothing}}, {}},
     {"SUGroupGetEntities", 1, Failing, {{"/entities/groups/0", Nothing}}, {}},
@@ -163,14 +163,14 @@ const Row Rows[] = {
      {{"/entities/instances/0/material", Nothing}},
      {}},
 
-    // The seventh text is the name of the first group, the fifth that of the first image.
+    // Text 7 is the name of the first group, text 5 that of the first image.
     {"SUStringCreate", 7, {"fail", "silent", "null"}, {{"/entities/groups/0/name", ""}}, {}},
     {"SUStringCreate", 5, {"fail", "silent", "null"}, {{"/entities/images/0/file", ""}}, {}},
     {"SUStringGetUTF16", 7, {"fail", "silent"}, {{"/entities/groups/0/name", ""}}, {}},
     {"SUStringRelease", AllCalls, Any, {}, {}},
 };
 
-// What loses the front of the first face, which no document can say.
+// Faults that lose the front of the first face, which no script without a fault can do.
 const Row FrontRows[] = {
     {"SUMeshHelperGetNumTriangles", 1, Any, {}, {0, TooMany, TooMany / 3 + 1, FarTooMany}},
     {"SUMeshHelperGetNumVertices", 1, Any, {}, {0, 2, TooMany, FarTooMany, AsGoodAsNone, MostOfAll}},
@@ -179,7 +179,7 @@ const Row FrontRows[] = {
     {"SUMeshHelperGetVertexIndices", 1, Any, {}, {0, 2, 4}},
 };
 
-// The scene file of a script that gives one.
+// The scene file of a successful script.
 std::string SceneBytes(const Json& script) {
     ScriptedRun run;
     RunScript(run, script);
@@ -187,7 +187,7 @@ std::string SceneBytes(const Json& script) {
     return ReadBytes(run.SceneFile);
 }
 
-// The reference model with each of a row's faults.
+// Copies of the reference model, one with each fault of a row.
 std::vector<Json> Faulty(const Row& row) {
     std::vector<Json> scripts;
     const auto add = [&](const char* kind, uint64_t count) {
@@ -211,13 +211,13 @@ std::string OperationOf(const std::string& call) {
     return call.substr(0, call.find(' '));
 }
 
-// What the failure of one call makes of the run: the operation, and whether it is its first call.
+// The exit code if one call of the operation fails; first: its first call.
 int ExpectedExitCode(const std::string& operation, bool first) {
     if (operation == "SUModelCreateFromFile")
         return 10;
     if (operation == "SUTextureWriteToFile" || operation == "SUTextureWriterWriteTexture")
         return 12;
-    // The first material counts as untextured, has no path for a picture, but has one to write later.
+    // The first material then counts as untextured and has no path, but its picture is written later.
     if (first && (operation == "SUMaterialGetTexture" || operation == "SUMaterialGetType"))
         return 12;
     return operation == "SUModelGetEntities" || operation == "SUTextureWriterCreate" ? 13 : 0;
@@ -225,11 +225,11 @@ int ExpectedExitCode(const std::string& operation, bool first) {
 
 } // namespace
 
-TEST(RunFailure, TheReferenceModelIsWhole) {
+TEST(RunFailure, TheReferenceModelIsComplete) {
     EXPECT_EQ(Shape(Convert(Reference())), Whole);
 }
 
-TEST(RunFailure, EachFaultLeavesOutItsOwnAndNoMore) {
+TEST(RunFailure, EachFaultLosesItsElementOnly) {
     const std::string whole = SceneBytes(Reference());
     for (const Row& row : Rows) {
         Json without = Reference();
@@ -244,7 +244,7 @@ TEST(RunFailure, EachFaultLeavesOutItsOwnAndNoMore) {
     }
 }
 
-TEST(RunFailure, AFaultInASidesArraysLosesTheSide) {
+TEST(RunFailure, AFaultInTheArraysOfASideLosesTheSide) {
     const std::string withoutFront = "Default:1 brick@1:1 red:1 @2:4 @3:4" + Groups + Instances;
     for (const Row& row : FrontRows)
         for (const Json& script : Faulty(row)) {
@@ -254,7 +254,7 @@ TEST(RunFailure, AFaultInASidesArraysLosesTheSide) {
 }
 
 TEST(RunFailure, EveryCallMayFail) {
-    constexpr int often = 4; // Calls of one operation that are tried; further ones tell little more.
+    constexpr int often = 4; // Calls to fail of each operation.
     ScriptedRun whole;
     RunWith(whole, {{"operation", "none"}, {"kind", "fail"}});
     ASSERT_GT(whole.Calls.size(), 300u);
@@ -268,11 +268,11 @@ TEST(RunFailure, EveryCallMayFail) {
         RunWith(run, {{"operation", "*"}, {"kind", "fail"}, {"call", call}});
         EXPECT_EQ(run.Result.ExitCode, ExpectedExitCode(operation, seen[operation] == 1));
     }
-    EXPECT_EQ(seen.size(), 64u); // The reference model uses all there is.
+    EXPECT_EQ(seen.size(), 64u); // The reference model calls all operations.
 }
 
-// Texts without a closing NUL fill their buffer; the program has to end them itself.
-TEST(RunFailure, ATextWithoutItsEndIsCutAtTheLimit) {
+// Texts without a closing NUL fill their buffer; the program must terminate them.
+TEST(RunFailure, AnUnterminatedTextIsCutAtTheLimit) {
     Json script = Reference();
     script["faults"] = Faults("SUStringGetUTF16", AllCalls, "unterminated");
     const StoredScene scene = Convert(script);
@@ -282,7 +282,7 @@ TEST(RunFailure, ATextWithoutItsEndIsCutAtTheLimit) {
     EXPECT_EQ(scene.Nodes[2].Name, std::string(255, 'x'));
 }
 
-// Vertex indices outside the vertices: that side has no polygon, and its picture isn't written.
+// An index out of range: the side has no polygon, and its picture isn't written.
 TEST(RunFailure, AnIndexOutOfRangeLosesTheSide) {
     const std::string withoutBroken = "Default:2 @2:4 @3:4" + Groups + Instances;
     for (const uint64_t index :
@@ -301,8 +301,8 @@ TEST(RunFailure, AnIndexOutOfRangeLosesTheSide) {
     EXPECT_EQ(Shape(Convert(Faces({wrapped}))), "Default:2");
 }
 
-// Numbers that are none go through to the scene file; welding, on either path, has to bear them.
-TEST(RunFailure, NumbersThatAreNoneEndNothing) {
+// Non-finite numbers reach the scene file; both paths of welding must accept them.
+TEST(RunFailure, NonFiniteNumbersDoNotEndTheRun) {
     for (const int triangles : {4, 200}) {
         Json list = Json::array();
         for (int i = 0; i < triangles; ++i)
@@ -323,8 +323,8 @@ TEST(RunFailure, NumbersThatAreNoneEndNothing) {
         }
 }
 
-// Where a list of entities comes to itself again, that element is left out and everything else is there.
-TEST(RunFailure, AListInsideItselfIsLeftOut) {
+// An element whose list contains itself is left out; everything else remains.
+TEST(RunFailure, AListThatContainsItselfIsLeftOut) {
     const Json instance = {{"definition", 0}};
     Json script = Faces({Triangle()});
     script["definitions"] = List({Entities({Triangle()}), Entities({Triangle()})});
@@ -337,8 +337,8 @@ TEST(RunFailure, AListInsideItselfIsLeftOut) {
     EXPECT_EQ(Shape(SceneOf(run)), "Default:2 [Default:2 [Default:2]] [Default:2 [Default:2]]");
 }
 
-TEST(RunFailure, ListsAreWalkedDownToTheLimit) {
-    constexpr size_t limit = 1024; // Lists one inside the other, the model's own being the first.
+TEST(RunFailure, ListsAreReadDownToTheLimit) {
+    constexpr size_t limit = 1024; // Nested lists, including the model's own.
     Json script = Faces({Triangle()});
     for (size_t level = 2; level <= limit + 1; ++level) {
         Json list = Entities({Triangle()});
@@ -354,7 +354,7 @@ TEST(RunFailure, ListsAreWalkedDownToTheLimit) {
     EXPECT_EQ(SceneOf(run).Nodes.size(), 2 * limit - 1);
 }
 
-// Counts that are allowed but not to be had: no memory is no failed call.
+// Counts that are allowed but exceed the memory: this is not a failed call.
 TEST(RunFailure, OutOfMemoryEndsTheRunBeforeTheSceneFile) {
 #ifdef _WIN32
     GTEST_SKIP() << "no limit on memory";

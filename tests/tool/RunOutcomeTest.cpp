@@ -1,4 +1,4 @@
-// How a run ends: exit code, log, standard output and what is on disk, for every outcome there is.
+// The outcomes of a run: exit code, log, standard output and files, for each outcome.
 #include "support/ScriptedRun.h"
 
 #include <algorithm>
@@ -23,12 +23,12 @@ Json BrickAndImage(const Json& faults = Json::array()) {
     return script;
 }
 
-// Outcomes that depend on the library's answers alone.
+// Outcomes that depend only on the library's answers.
 struct Outcome {
     const char* Name;
     Json Script;
     int ExitCode;
-    std::vector<std::u16string> Lines; // Behind the first, which is the same in every run.
+    std::vector<std::u16string> Lines; // After the first, which is the same in every run.
     std::vector<std::string> Pictures;
 };
 
@@ -92,7 +92,7 @@ std::vector<Outcome> Outcomes() {
 
 } // namespace
 
-TEST(RunOutcome, EachOutcomeHasItsLinesItsCodeAndItsFiles) {
+TEST(RunOutcome, EachOutcomeHasItsLinesCodeAndFiles) {
     for (const Outcome& outcome : Outcomes()) {
         SCOPED_TRACE(outcome.Name);
         ScriptedRun run;
@@ -116,7 +116,7 @@ TEST(RunOutcome, EachOutcomeHasItsLinesItsCodeAndItsFiles) {
     }
 }
 
-TEST(RunOutcome, AModelThatIsNotThereIsNotOpened) {
+TEST(RunOutcome, AMissingModelIsNotOpened) {
     ScriptedRun run;
     run.Source += u"x";
     RunScript(run, {});
@@ -126,7 +126,7 @@ TEST(RunOutcome, AModelThatIsNotThereIsNotOpened) {
     EXPECT_EQ(run.Calls.size(), 4u);
 }
 
-TEST(RunOutcome, AnyOtherNumberOfArgumentsGivesTheUsageTextAlone) {
+TEST(RunOutcome, AWrongNumberOfArgumentsOnlyPrintsTheUsage) {
     for (const size_t count : {0u, 1u, 3u, 5u}) {
         const TempFolder folder;
         const std::vector<std::u16string> arguments = {u"a\\house.skp", u"b\\house.bin", u"maps",
@@ -144,7 +144,7 @@ TEST(RunOutcome, AnyOtherNumberOfArgumentsGivesTheUsageTextAlone) {
     }
 }
 
-TEST(RunOutcome, ASceneFileThatCanNotBeOpenedIsFoundOutAfterThePictures) {
+TEST(RunOutcome, TheSceneFileIsOpenedAfterThePictures) {
     ScriptedRun run;
     fs::create_directories(run.SceneFile);
     RunScript(run, BrickAndImage());
@@ -156,7 +156,7 @@ TEST(RunOutcome, ASceneFileThatCanNotBeOpenedIsFoundOutAfterThePictures) {
                                         "out/house_Texture2.png"}));
 }
 
-TEST(RunOutcome, AFullDiskIsAnErrorHoweverSmallTheScene) {
+TEST(RunOutcome, AFullDiskIsAnErrorAlsoForSmallScenes) {
     if (!fs::exists("/dev/full"))
         GTEST_SKIP() << "no device that is always full";
     for (const int faces : {1, 200}) {
@@ -170,7 +170,7 @@ TEST(RunOutcome, AFullDiskIsAnErrorHoweverSmallTheScene) {
     }
 }
 
-TEST(RunOutcome, ALogThatCanNotBeWrittenChangesNothingElse) {
+TEST(RunOutcome, AFailingLogChangesNothingElse) {
     for (const char16_t* log : {u"in", u"in\\house.skp\\deep\\run.log", u"", u"/dev/full"}) {
         if (log[0] == u'/' && !fs::exists("/dev/full"))
             continue;
@@ -185,7 +185,7 @@ TEST(RunOutcome, ALogThatCanNotBeWrittenChangesNothingElse) {
     }
 }
 
-TEST(RunOutcome, PicturesAreWrittenOncePerUsedRowAndSharedOnesAgain) {
+TEST(RunOutcome, PicturesAreWrittenOncePerUsedMaterial) {
     Json script = Faces({Triangle(0, 0), Triangle(2, 0), Triangle(4, 2), Triangle(6, nullptr, 3)});
     script["materials"] = List({Brick, Wood, Brick, {{"name", "red"}}});
     script["materials"][2]["texture"]["content"] = "the second brick";
@@ -198,7 +198,7 @@ TEST(RunOutcome, PicturesAreWrittenOncePerUsedRowAndSharedOnesAgain) {
     EXPECT_FALSE(fs::exists(run.Folder.Path / "out" / "house_Texture2.png"));
 }
 
-TEST(RunOutcome, APictureThatCanNotBeHadIsPassedOverWithoutAWord) {
+TEST(RunOutcome, AnUnavailablePictureIsSkippedSilently) {
     for (const char* operation :
          {"SUMaterialGetTexture", "SUTextureWriterLoadEntity", "SUImageToEntity"}) {
         const bool texture = operation == std::string("SUMaterialGetTexture");
@@ -233,7 +233,7 @@ TEST(RunOutcome, AFailedPictureStopsTheWalk) {
             EXPECT_NE(call->rfind(unwanted, 0), 0u) << *call;
 }
 
-TEST(RunOutcome, AFailedPictureOfAnImageLeavesTheOtherImagesTheirQuads) {
+TEST(RunOutcome, AFailedPictureOfAnImageKeepsTheOtherImages) {
     Json script;
     script["entities"]["images"] = List({{{"file", "a.png"}}, {{"file", "b.png"}}});
     script["faults"] = Faults("SUTextureWriterWriteTexture", 1, "fail");
@@ -254,8 +254,8 @@ TEST(RunOutcome, EachLineIsInTheLogAtOnce) {
                   {u"Importing {src} to {dest}", u"Writing: {out}house_Texture1.png"});
 }
 
-// The order of all calls for one textured face, one image, and one group with a face without paint.
-TEST(RunOutcome, TheLibraryIsAskedInItsOrder) {
+// The order of all calls for one textured face, one image, and one group with an unpainted face.
+TEST(RunOutcome, LibraryCallsKeepTheirOrder) {
     Json script = BrickAndImage();
     script["layers"] = List({{{"visible", true}}});
     script["entities"]["groups"] =

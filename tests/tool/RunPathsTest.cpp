@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr size_t PathLimit = 259; // UTF-16 units, or bytes of UTF-8 where the library gets the path.
+constexpr size_t PathLimit = 259; // UTF-16 units; UTF-8 bytes for the library's paths.
 
 Json Textured() {
     Json script = Faces({Triangle(0, 0)});
@@ -16,7 +16,7 @@ Json Textured() {
     return script;
 }
 
-// A relative path of exactly this many units: folders of 100 units, then the last component.
+// A relative path of this many units: folders of 100 units, then the last component.
 std::u16string PathOfLength(size_t length, const std::u16string& last) {
     std::u16string path;
     for (size_t rest = length - last.size(); rest > 0;) {
@@ -27,7 +27,7 @@ std::u16string PathOfLength(size_t length, const std::u16string& last) {
     return path + last;
 }
 
-// Directories whose names are longer in UTF-8, where the library's limit is met, than in UTF-16.
+// Directories whose names have more UTF-8 bytes, which the library's limit counts, than UTF-16 units.
 const std::u16string WidePrefixes[] = {u"", std::u16string(50, u'ü') + u"\\",
                                        u"\U0001F600\U0001F600\U0001F600\\"};
 
@@ -41,7 +41,7 @@ fs::path FileAt(const ScriptedRun& run, std::u16string path) {
     return run.Folder.Path / fs::path(path);
 }
 
-// Puts the model, the scene file and the log at these relative paths.
+// Sets the relative paths of the model, the scene file and the log.
 void Place(ScriptedRun& run, const std::u16string& source, const std::u16string& destination,
            const std::u16string& log) {
     run.Source = source;
@@ -61,7 +61,7 @@ void ExpectSuccess(const ScriptedRun& run, const std::u16string& picture) {
 
 } // namespace
 
-TEST(RunPaths, TheRelativeDirectoryGetsABackslashAndNothingElse) {
+TEST(RunPaths, TheRelativeDirectoryOnlyGetsABackslash) {
     const std::pair<const char16_t*, const char16_t*> rows[] = {
         {u"maps", u"maps\\"}, {u"maps\\", u"maps\\"}, {u"", u""},
         {u"a/b/", u"a/b/\\"}, {u".\\x", u".\\x\\"},   {u"C:\\a b\\..", u"C:\\a b\\..\\"},
@@ -78,7 +78,7 @@ TEST(RunPaths, TheRelativeDirectoryGetsABackslashAndNothingElse) {
     }
 }
 
-// The scene file's path as given, the path of its texture in the log, and the files in the end.
+// The path of the scene file as given, the path of its texture in the log, and the resulting files.
 TEST(RunPaths, FormsOfTheScenePath) {
     struct Form {
         const char16_t* Destination;
@@ -121,7 +121,7 @@ TEST(RunPaths, FormsOfTheScenePath) {
     }
 }
 
-TEST(RunPaths, ADriveLetterIsDroppedWhereThereAreNoDrives) {
+TEST(RunPaths, ADriveLetterIsDroppedOnSystemsWithoutDrives) {
     if (!fs::temp_directory_path().root_name().empty())
         GTEST_SKIP() << "there are drives";
     ScriptedRun run;
@@ -132,8 +132,8 @@ TEST(RunPaths, ADriveLetterIsDroppedWhereThereAreNoDrives) {
     ExpectSuccess(run, u"{out}house_Texture1.png");
 }
 
-// A last directory that is all extension is not created, nor is one where a file stands.
-TEST(RunPaths, ADirectoryThatCanNotBeCreatedShowsAtTheSceneFile) {
+// A last directory that is all extension is not created, nor is one with the name of a file.
+TEST(RunPaths, WithoutItsDirectoryTheSceneFileFails) {
     for (const char16_t* destination :
          {u".cache\\house.bin", u"in\\house.skp\\house.bin", u"", u"out\\"}) {
         ScriptedRun run;
@@ -211,7 +211,7 @@ TEST(RunPaths, ASceneFileOrALogAboveTheLimitIsNotOpened) {
                        beyond == 0 ? u"Success. {src} imported to {dest}" : u"Error writing {dest}"});
         EXPECT_EQ(fs::exists(run.SceneFile), beyond == 0);
         EXPECT_EQ(fs::exists(run.SceneFile.parent_path()),
-                  beyond < 50); // Its own path is too long then.
+                  beyond < 50); // Then the directory's path is too long too.
 
         ScriptedRun logged;
         Place(logged, u"house.skp", u"house.bin", PathOfLength(PathLimit + beyond, u"run.log"));
@@ -231,21 +231,21 @@ TEST(RunPaths, AMessageIsCutAtTheSizeOfItsBuffer) {
                   {importing.substr(0, 4095), u"Error opening {src}", u"Error importing {src} (rc=10)"});
 }
 
-// A log that would take the scene file's place is none, and the scene file stays as it was or is whole.
-TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
+// A log with the scene file's path is not written, and the scene file is unchanged or complete.
+TEST(RunPaths, ALogWithThePathOfTheSceneFileIsNotOpened) {
     const std::pair<const char16_t*, const char16_t*> sceneAndLog[] = {
         {u"out\\house.bin", u"out\\house.bin"},
         {u"out\\house.bin", u".\\out\\house.bin"},
         {u"out\\house.bin", u"out/..\\out//house.bin"},
         {u"out\\house.bin", u"{folder}/out/house.bin"},
-        {u"out\\house.bin", u"out\\house.bin."}, // The same on Windows alone.
-        {u"out\\house.bin", u"OUT\\House.BIN"},  // Likewise.
+        {u"out\\house.bin", u"out\\house.bin."}, // The same on Windows only.
+        {u"out\\house.bin", u"OUT\\House.BIN"},  // The same on Windows only.
         {u"out\\house.bin", u"far\\folder link\\house.bin"},
-        {u"out\\house.bin", u"far\\folder link\\..\\out\\house.bin"}, // Not below far.
+        {u"out\\house.bin", u"far\\folder link\\..\\out\\house.bin"}, // Not in far.
         {u"out\\house.bin", u"hard link.log"},
         {u"out\\house.bin", u"link to link.log"},
         {u"link to link.log", u"out\\house.bin"},
-        {u"out\\house.bin", u"link in a circle.log"}, // No file at all.
+        {u"out\\house.bin", u"link in a circle.log"}, // Not a file.
     };
     for (const auto& [scene, log] : sceneAndLog)
         for (const bool opens : {false, true})
@@ -259,7 +259,7 @@ TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
                 fs::create_directory(folder / "far");
                 if (earlier)
                     WriteBytes(folder / "out" / "house.bin", "earlier");
-                // Some systems have no links, and there is no hard link to what doesn't exist.
+                // Some systems have no links, and a hard link needs an existing file.
                 std::error_code error;
                 if (run.Log.starts_with(u"far"))
                     fs::create_directory_symlink("../out", folder / "far" / "folder link", error);
@@ -285,10 +285,10 @@ TEST(RunPaths, ALogInThePlaceOfTheSceneFileIsNotOpened) {
             }
 }
 
-// On a volume without file numbers all files report the same one, which doesn't make them one file.
-TEST(RunPaths, FilesOfOneNumberAreTwo) {
+// On a volume without file numbers, equal numbers don't mean the same file.
+TEST(RunPaths, EqualFileNumbersDoNotMeanOneFile) {
 #ifndef ORVANE_UNNUMBERED_FILES
-    GTEST_SKIP() << "no library can be put in front of the system's here";
+    GTEST_SKIP() << "no preloaded libraries in this build";
 #else
     ScriptedRun run;
     Place(run, u"house.skp", u"house.bin", u"run.log");
@@ -310,7 +310,7 @@ TEST(RunPaths, FilesOfOneNumberAreTwo) {
     inspect.Environment = run.Environment;
     EXPECT_EQ(RunProgram(inspect).ExitCode, 0);
     EXPECT_TRUE(ReadBytes(folder / "house.glb").starts_with("glTF"));
-    // With more than one link the number counts, which also shows that the programs are given this one.
+    // With more than one link the number counts, which also proves that the library is loaded.
     fs::create_hard_link(folder / "house.bin", folder / "more.bin");
     EXPECT_EQ(RunProgram(inspect).ExitCode, 0);
     fs::create_hard_link(folder / "house.glb", folder / "more.glb");
@@ -318,10 +318,10 @@ TEST(RunPaths, FilesOfOneNumberAreTwo) {
 #endif
 }
 
-// Folders that nothing may be written to: the log is left out, the scene file or a picture fails.
-TEST(RunPaths, FoldersWithoutPermission) {
+// Read-only folders: the log is missing, the scene file or a picture fails.
+TEST(RunPaths, ReadOnlyFolders) {
 #ifdef _WIN32
-    GTEST_SKIP() << "folders are closed otherwise there";
+    GTEST_SKIP() << "permissions work differently";
 #endif
     constexpr fs::perms readOnly = fs::perms::owner_read | fs::perms::owner_exec;
     for (const std::string closed : {"out", "logs", "scene only"}) {

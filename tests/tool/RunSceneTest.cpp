@@ -1,5 +1,5 @@
-// Small models against scenes worked out by hand: materials, sides of faces, winding, images,
-// transformations and the bytes of the file.
+// Small models with scenes computed by hand: materials, sides of faces, winding, images, transformations
+// and the bytes of the file.
 #include "support/ScriptedRun.h"
 
 #include <array>
@@ -10,8 +10,8 @@ namespace {
 
 using Point = std::array<float, 3>;
 
-// The translation that brings the lowest point to Y = 0 and the middle of the box to X = Z = 0 is taken
-// out again by telling positions from that of a first triangle's corner at the model's origin.
+// The scene is moved to Y = 0 and its middle to X = Z = 0. Positions relative to a corner of this
+// triangle, which is at the model's origin, cancel that.
 Json Anchor() {
     return Triangle();
 }
@@ -37,7 +37,7 @@ Json With(Json numbers, const std::vector<std::pair<size_t, double>>& changes) {
     return numbers;
 }
 
-// A script whose only group or instance has this transformation and holds one triangle.
+// A script whose only group has this transformation and one triangle.
 Json Transformed(const Json& transform) {
     Json script = Faces({Anchor()});
     script["entities"]["groups"] = List({Group(Faces({Triangle()}))});
@@ -55,7 +55,7 @@ const StoredMesh& MeshOf(const StoredScene& scene, const std::string& name) {
     return None;
 }
 
-// The s of Triangle in the order of the corners: the order of its vertices as written.
+// The s of Triangle at each corner: the order of its vertices in the file.
 std::string Order(const StoredMesh& mesh) {
     std::string order;
     for (const StoredVertex& corner : Corners(mesh))
@@ -63,7 +63,7 @@ std::string Order(const StoredMesh& mesh) {
     return order;
 }
 
-// Every triangle turns about its vertices' normals by the right-hand rule.
+// Expects unit normals, and triangles that turn about them by the right-hand rule.
 void ExpectWindingByNormals(const StoredScene& scene) {
     for (const StoredNode& node : scene.Nodes)
         for (const StoredMesh& mesh : node.Meshes) {
@@ -188,10 +188,10 @@ TEST(RunScene, WhichMaterialsShareATexture) {
         if (row.Scene[0] != 0) {
             EXPECT_EQ(Shape(SceneOf(run)), row.Scene);
         }
-        // Writing a picture goes by the type not being plain, with or without a path.
+        // The picture of a material that isn't plain is written even without a path.
         EXPECT_EQ(run.Result.ExitCode, row.Scene[0] != 0 ? 0 : 12);
     }
-    // Numbers go to used and unused materials alike.
+    // Used and unused materials get numbers.
     Json script = Faces({Triangle(0, 2)});
     script["materials"] = List({material("a", 1), material("b", 1), material("c", 1)});
     ScriptedRun run;
@@ -243,8 +243,8 @@ TEST(RunScene, ColourAndOpacity) {
     }
 }
 
-// Each side shows a material, and its coordinates at the second vertex, (0.5, 0.25) from the library,
-// are scaled by that material's texture only where it was taken over.
+// The material of each side and its coordinates at the second vertex, (0.5, 0.25) in the library, which
+// the material's texture scales only if the material is inherited.
 TEST(RunScene, MaterialsOfTheSidesOfAFace) {
     enum { Brick, Wood, Tile, Unlisted, Paint };
     const Json none;
@@ -399,7 +399,7 @@ TEST(RunScene, HiddenElementsIgnoreTheirLayer) {
         }
 }
 
-TEST(RunScene, PaintGoesDownToTheNextPaintedElement) {
+TEST(RunScene, MaterialsAreInheritedDownToTheNextPaintedElement) {
     Json script;
     script["materials"] = List({Painted("red"), Painted("blue"), Painted("unlisted")});
     script["materialList"] = {0, 1};
@@ -457,14 +457,14 @@ TEST(RunScene, TransformationsFromModelToScene) {
                     << corner.U << i;
         ExpectWindingByNormals(scene);
     }
-    // Two mirrorings cancel each other out, and normals follow.
+    // Two mirrorings cancel each other, also in the normals.
     Json twice = Transformed(With(Identity(), {{0, -1}}));
     Json& outer = twice["entities"]["groups"][0];
     outer["entities"]["groups"] = twice["entities"]["groups"];
     ExpectWindingByNormals(Convert(twice));
 }
 
-TEST(RunScene, TheModelStandsOnTheGroundWithItsMiddleAtTheOrigin) {
+TEST(RunScene, TheModelIsOnTheGroundAndCentred) {
     Json face = Triangle();
     face["vertices"] = {{0, 0, 0}, {2, 0, 0}, {0, 4, 3}};
     for (const double lift : {-5.0, 0.0, 1000.0}) {
@@ -497,7 +497,7 @@ TEST(RunScene, AnImageIsAQuadOnBothSides) {
         EXPECT_EQ(corners[i].U, front[order[i]].U) << i;
         EXPECT_EQ(corners[i].V, front[order[i]].V) << i;
     }
-    // A mirroring of the image itself changes neither the order of the corners nor the normals.
+    // A mirrored image keeps the order of its corners and its normals.
     image[0]["transform"][0] = -0.5;
     const std::vector<StoredVertex> mirrored = Corners(Convert(script).Nodes[0].Meshes[0]);
     ASSERT_EQ(mirrored.size(), corners.size());
@@ -531,7 +531,7 @@ TEST(RunScene, RowsAndFilesOfImages) {
         for (size_t i = 0; i < row.Names.size(); ++i)
             inner["entities"]["images"].push_back(
                 {{"file", row.Names[i]}, {"content", "image " + std::to_string(i)}});
-        // Paint on the group means nothing to an image.
+        // The group's material has no effect on an image.
         script["entities"]["groups"] = List({Group(inner, 1)});
         ScriptedRun run;
         RunScript(run, script);

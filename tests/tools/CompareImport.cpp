@@ -1,6 +1,6 @@
-// Compares a scene file with the model file that it was made from, as assimp's own triangulation shows
-// that: compare-import MODEL SCENE. Twice the triangles, one for each side, and the same extents. Exit
-// code 0: they agree; 1: they don't, or the scene file can't be read; 2: assimp can't read the model.
+// Compares a scene file with assimp's triangulation of its model: compare-import MODEL SCENE. Expects
+// twice the triangles, one for each side, and the same extents. Exit code 0: they agree; 1: they don't,
+// or the scene file can't be read; 2: assimp can't read the model.
 #include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
 
@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <limits>
 
-constexpr double Tolerance = 1e-4; // as a share of the largest extent
+constexpr double Tolerance = 1e-4; // relative to the largest extent
 
 namespace {
 
@@ -76,7 +76,7 @@ Extents ExtentsOf(const StoredScene& scene) {
     return extents;
 }
 
-// order: the axis of the model that lies along each axis of the scene.
+// order: the axis of the model for each axis of the scene.
 bool HaveSameSize(const Extents& model, const Extents& scene, std::array<size_t, 3> order) {
     double largest = 0;
     double difference = 0;

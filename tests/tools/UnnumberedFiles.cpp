@@ -1,12 +1,12 @@
-// Preloaded into a program: every file reports the same device and number, as on volumes that have no
-// numbers for files. All else is as the system reports it.
+// A library to preload: every file has the same device and number, as on volumes without file numbers.
+// All other results are the system's.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
 
-// The operation that this library stands in front of.
+// The system's operation behind one of this library.
 template <typename Operation> Operation* Behind(const char* name) {
     return reinterpret_cast<Operation*>(dlsym(RTLD_NEXT, name));
 }

@@ -1,5 +1,5 @@
-// The pictures that scene-inspect draws: which pixels a triangle gets, what hides what, how textures
-// lie, and that a scene is framed, upright and not mirrored.
+// The pictures that scene-inspect draws: coverage of triangles, depth, texture sampling, and the view of
+// a scene: framed, upright and not mirrored.
 #include "inspect/drawing/Mipmaps.h"
 #include "inspect/drawing/Rasteriser.h"
 #include "inspect/drawing/ScenePicture.h"
@@ -24,8 +24,8 @@ ScreenCorner Corner(double x, double y, double nearness = 1, double light = 1) {
     return {x, y, nearness, 0, 0, light};
 }
 
-// Pixels are drawn once for each triangle that has them; halves tell how often.
-TEST(InspectPicture, GivesEachPixelOfAMeshToOneTriangle) {
+// A triangle of half opacity shows how often each pixel is drawn.
+TEST(InspectPicture, DrawsEachPixelOfAMeshOnce) {
     constexpr size_t cells = 12;
     constexpr double size = 48;
     std::mt19937 random(5);
@@ -50,7 +50,7 @@ TEST(InspectPicture, GivesEachPixelOfAMeshToOneTriangle) {
         for (size_t x = 0; x < cells; ++x) {
             DrawTriangle(canvas, {grid[y][x], grid[y][x + 1], grid[y + 1][x]}, half);
             DrawTriangle(canvas, {grid[y][x + 1], grid[y + 1][x + 1], grid[y + 1][x]}, half);
-            // The other side of them isn't drawn.
+            // The back isn't drawn.
             DrawTriangle(canvas, {grid[y][x], grid[y + 1][x], grid[y][x + 1]}, half);
         }
     }
@@ -59,7 +59,7 @@ TEST(InspectPicture, GivesEachPixelOfAMeshToOneTriangle) {
     }
 }
 
-TEST(InspectPicture, ShowsWhatIsNearestAndBlendsWhatIsClear) {
+TEST(InspectPicture, ShowsTheNearestSurfaceAndBlendsTransparentOnes) {
     const auto draw = [](Canvas& canvas, double nearness, const Colour& colour, bool isBlended) {
         DrawTriangle(canvas, {Corner(0, 0, nearness), Corner(8, 0, nearness), Corner(0, 8, nearness)},
                      {colour, nullptr, isBlended});
@@ -68,14 +68,14 @@ TEST(InspectPicture, ShowsWhatIsNearestAndBlendsWhatIsClear) {
     draw(canvas, 0.5, {1, 0, 0, 1}, false);
     draw(canvas, 0.25, {0, 1, 0, 1}, false);
     draw(canvas, 0.25, {0, 1, 0, 0.5F}, true);
-    EXPECT_EQ(canvas.Colours[5], (std::array<float, 3>{1, 0, 0})) << "the nearer one stays";
+    EXPECT_EQ(canvas.Colours[5], (std::array<float, 3>{1, 0, 0})) << "the nearer one is visible";
     draw(canvas, 0.75, {0, 0, 1, 0.25F}, true);
     draw(canvas, 0.625, {0, 0, 1, 1}, true);
-    EXPECT_EQ(canvas.Colours[5], (std::array<float, 3>{0, 0, 1})) << "what is clear hides nothing";
+    EXPECT_EQ(canvas.Colours[5], (std::array<float, 3>{0, 0, 1})) << "transparent surfaces hide nothing";
 }
 
-// What passes by hidden tiles, and what is hidden beforehand, against each triangle drawn by itself.
-TEST(InspectPicture, HidesNothingThatShows) {
+// Compares drawing that skips hidden tiles, or hides triangles first, with each triangle drawn alone.
+TEST(InspectPicture, HidesNoVisiblePixel) {
     std::mt19937 random(3);
     const auto upTo = [&](double most) {
         return static_cast<double>(random() % 1000) / 1000 * most;
@@ -109,13 +109,13 @@ TEST(InspectPicture, HidesNothingThatShows) {
         DrawTriangle(hidden, corners, glass);
     }
     EXPECT_EQ(canvas.Nearness, nearest);
-    EXPECT_NE(hidden.Nearness, plain.Nearness) << "there is something to hide";
+    EXPECT_NE(hidden.Nearness, plain.Nearness) << "some triangles are hidden";
     for (size_t pixel = 0; pixel < plain.Colours.size(); ++pixel) {
         ASSERT_NEAR(hidden.Colours[pixel][0], plain.Colours[pixel][0], 1.0 / 1024) << pixel;
     }
 }
 
-// Halfway between distances 1 and 4 on the screen is a fifth of the way in space.
+// Halfway on the screen between distances 1 and 4 is a fifth of the way in space.
 TEST(InspectPicture, InterpolatesInPerspective) {
     Canvas canvas = BlackCanvas(101, 3);
     DrawTriangle(canvas, {Corner(0, 0, 1, 0), Corner(101, 0, 0.25, 1), Corner(0, 300, 1, 0)},
@@ -131,7 +131,7 @@ Texture FourColours() {
     return texture;
 }
 
-TEST(InspectPicture, TakesColoursFromTheRightPlace) {
+TEST(InspectPicture, SamplesTexturesAtTheRightPlace) {
     const Mipmaps mipmaps = MakeMipmaps(FourColours());
     ASSERT_EQ(mipmaps.Levels.size(), 2U);
     const Colour red = {1, 0, 0, 1};
@@ -160,7 +160,7 @@ TEST(InspectPicture, FramesScenesOfAnySize) {
                     {{coordinate(), coordinate() / 9, coordinate()}, {0, 1, 0}, 0, 0});
                 mesh.Indices.push_back(vertex);
             }
-            // One that no triangle uses, and one that is nowhere.
+            // An unused vertex, and one that is not finite.
             mesh.Vertices.push_back({{-1e35F, 0, 0}, {0, 1, 0}, 0, 0});
             mesh.Vertices.push_back({{std::nanf(""), 0, 0}, {0, 1, 0}, 0, 0});
             mesh.Indices.insert(mesh.Indices.end(), {31, 31, 31});
@@ -179,7 +179,7 @@ TEST(InspectPicture, FramesScenesOfAnySize) {
     }
 }
 
-// The middle of the pixels of this colour's hue; not a number if there are none.
+// The centre of the pixels with the hue of this channel; NaN if there are none.
 std::array<double, 2> MiddleOf(const ScenePicture& picture, size_t channel) {
     double x = 0;
     double y = 0;
@@ -216,21 +216,21 @@ TEST(InspectPicture, LooksFromTheFrontAndAbove) {
     const StoredMesh blueBack = TriangleMesh(u"", u"", blue, true);
     ScenePicture picture = draw({redMesh, Moved(greenMesh, 5, 0, 0), blueBack});
     EXPECT_LT(MiddleOf(picture, 0)[0], MiddleOf(picture, 1)[0]) << "X goes right";
-    EXPECT_TRUE(std::isnan(MiddleOf(picture, 2)[0])) << "lower sides aren't seen";
+    EXPECT_TRUE(std::isnan(MiddleOf(picture, 2)[0])) << "lower sides aren't visible";
     picture = draw({redMesh, Moved(greenMesh, 0, 4, 0)});
     EXPECT_GT(MiddleOf(picture, 0)[1], MiddleOf(picture, 1)[1]) << "Y goes up";
     picture = draw({redMesh, Moved(greenMesh, 0, 0, 5)});
     EXPECT_GT(MiddleOf(picture, 0)[1], MiddleOf(picture, 1)[1]) << "Z goes away";
     picture = draw({Moved(greenMesh, 0, -0.1F, 0), redMesh});
     EXPECT_FALSE(std::isnan(MiddleOf(picture, 0)[0]));
-    // Glass is drawn last wherever it stands in the file: red shines through the blue above it.
+    // Glass is drawn last, wherever it is in the file: red is visible through the blue above it.
     StoredMesh glass = Moved(TriangleMesh(u"", u"", {0, 0, 1, 0.5F}), 0, 0.001F, 0);
     picture = draw({glass, redMesh});
     const size_t middle = (size_t{40} * 120 + 60) * 3;
     EXPECT_GT(picture.Pixels[middle], 60);
     EXPECT_LT(picture.Pixels[middle + 1], 30);
     EXPECT_GT(picture.Pixels[middle + 2], 60);
-    // And of two clear ones the nearer is drawn last.
+    // Of two transparent surfaces, the nearer one is drawn last.
     glass.Material.Colour[3] = 0.8F;
     for (const float height : {-0.001F, 0.001F}) {
         picture = draw(
@@ -239,7 +239,7 @@ TEST(InspectPicture, LooksFromTheFrontAndAbove) {
     }
 }
 
-TEST(InspectPicture, SurvivesOddNumbers) {
+TEST(InspectPicture, SurvivesExtremeNumbers) {
     std::mt19937 random(11);
     const float odd[] = {
         std::nanf(""), std::numeric_limits<float>::infinity(), 3e38F, -3e38F, 1e-45F, 0};
@@ -254,10 +254,10 @@ TEST(InspectPicture, SurvivesOddNumbers) {
         }
         EXPECT_EQ(DrawScene(SceneWith({mesh}), shelf, 9, 7).Pixels.size(), 9U * 7 * 3);
     }
-    EXPECT_EQ(DrawScene(SceneWith({}), shelf, 1, 1).Pixels.size(), 3U) << "nothing to see";
+    EXPECT_EQ(DrawScene(SceneWith({}), shelf, 1, 1).Pixels.size(), 3U) << "an empty scene";
 }
 
-TEST(InspectPicture, WritesAPngOfTheSizeAskedFor) {
+TEST(InspectPicture, WritesAPngOfTheGivenSize) {
     const TempFolder folder;
     const Bytes bytes = SmallFile();
     WriteBytes(folder.Path / "a.bin", std::string(bytes.begin(), bytes.end()));

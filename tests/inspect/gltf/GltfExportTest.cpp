@@ -1,5 +1,5 @@
-// The binary glTF that scene-inspect writes: taken apart here, read by another program, and put before
-// the format's official validator.
+// The binary glTF that scene-inspect writes: parsed here, read by another program, and checked by the
+// format's official validator.
 #include "inspect/gltf/GltfExport.h"
 #include "inspect/report/SceneSummary.h"
 #include "platform/Files.h"
@@ -57,7 +57,7 @@ Gltf Parse(const std::string& bytes) {
     return gltf;
 }
 
-// The elements of an accessor, each a row of its numbers.
+// The elements of an accessor, each as its numbers.
 template <typename T>
 std::vector<std::vector<T>> Elements(const Gltf& gltf, size_t number, size_t width) {
     const Json& accessor = gltf.Root["accessors"][number];
@@ -93,7 +93,7 @@ std::string Export(const StoredScene& scene, const std::u16string& directory = u
     return ExportGltf(scene, shelf).Bytes;
 }
 
-// The sound scene file at the path.
+// The valid scene file at the path.
 StoredScene ReadScene(const fs::path& path) {
     StoredScene scene;
     EXPECT_FALSE(ReadStoredSceneFile(PathText(path), scene));
@@ -110,9 +110,9 @@ fs::path ConvertHouse(const TempFolder& folder) {
     return folder.Path / "house.bin";
 }
 
-// A scene of everything that glTF is strict about: numbers that aren't finite, normals of no and of
-// other lengths, vertices that nothing uses, meshes of which nothing is left, nodes without anything,
-// missing and transparent pictures.
+// A scene with everything that glTF forbids or restricts: non-finite numbers, normals that are not unit
+// vectors, unused vertices, meshes without valid triangles, empty nodes, missing and transparent
+// pictures.
 StoredScene OddScene(const TempFolder& folder) {
     WriteBytes(folder.Path / "clear.png",
                std::string(reinterpret_cast<const char*>(ClearPng), sizeof ClearPng));
@@ -139,14 +139,14 @@ StoredScene OddScene(const TempFolder& folder) {
     return scene;
 }
 
-TEST(InspectGltf, NegatesZAndTurnsTriangles) {
+TEST(InspectGltf, NegatesZAndReversesTriangles) {
     StoredScene scene = SceneWith({TriangleMesh(u"up", u"", {0.2F, 1, 0, 1})});
     scene.Nodes[0].Meshes[0].Vertices[2].Normal = {0, 0.6F, 0.8F};
     const Gltf gltf = Parse(Export(scene));
     const std::vector<Corner> corners = CornersOf(gltf, gltf.Root["meshes"][0]["primitives"][0]);
     EXPECT_EQ(corners,
               (std::vector<Corner>{{0, 0, 0, 0, 1, 0}, {3, 0, 0, 0, 0.6F, -0.8F}, {0, 0, -2, 0, 1, 0}}));
-    // Seen from below, without normals of its own.
+    // A triangle that faces down, without normals.
     StoredMesh bare = TriangleMesh(u"down", u"", {1, 1, 1, 1}, true);
     for (StoredVertex& vertex : bare.Vertices) {
         vertex.Normal = {0, 0, 0};
@@ -156,12 +156,12 @@ TEST(InspectGltf, NegatesZAndTurnsTriangles) {
         EXPECT_EQ(Corner(corner.begin() + 3, corner.end()), (Corner{0, -1, 0}));
     }
     const Json& colour = gltf.Root["materials"][0]["pbrMetallicRoughness"]["baseColorFactor"];
-    EXPECT_NEAR(colour[0].get<double>(), 0.0331, 0.0001) << "linear light for 0.2 of the screen's scale";
+    EXPECT_NEAR(colour[0].get<double>(), 0.0331, 0.0001) << "the linear value of sRGB 0.2";
     EXPECT_EQ(colour[1], 1.0);
     EXPECT_EQ(colour[3], 1.0);
 }
 
-TEST(InspectGltf, MakesOddScenesFit) {
+TEST(InspectGltf, CorrectsInvalidScenes) {
     const TempFolder folder;
     TextureShelf shelf;
     shelf.Directory = PathText(folder.Path) + u"/";
@@ -201,7 +201,7 @@ TEST(InspectGltf, MakesOddScenesFit) {
     EXPECT_EQ(gltf.Root["nodes"][2]["name"], "Kü€");
 }
 
-TEST(InspectGltf, FindsTexturesBySideOrByDirectory) {
+TEST(InspectGltf, FindsTexturesBesideTheFileOrInADirectory) {
     EXPECT_EQ(LastComponent(u"C:brick 1:2.png"), u"brick 1:2.png");
     EXPECT_EQ(LastComponent(u"1:2.png"), u"1:2.png");
     const TempFolder folder;
@@ -238,8 +238,8 @@ TEST(InspectGltf, FindsTexturesBySideOrByDirectory) {
 
 #ifdef ORVANE_PROVIDER_LIBRARY_DIR
 
-// Every triangle of the house, in order, and the tree.
-TEST(InspectGltf, HoldsTheWholeHouse) {
+// Compares the tree and every triangle of the house, in order.
+TEST(InspectGltf, ContainsTheWholeHouse) {
     const TempFolder folder;
     const StoredScene scene = ReadScene(ConvertHouse(folder));
     const Gltf gltf = Parse(Export(scene, PathText(folder.Path) + u"/"));
@@ -267,7 +267,7 @@ TEST(InspectGltf, HoldsTheWholeHouse) {
     }
 }
 
-// Runs a program that is looked for on the path; not on Windows.
+// Runs a program from the search path; not on Windows.
 ProgramResult RunFromPath(std::vector<std::u16string> arguments) {
 #ifdef _WIN32
     return {};
@@ -311,7 +311,7 @@ TEST(InspectGltf, OpensInAnotherReader) {
     EXPECT_EQ(line("\nMaximum point"), point(high[0], high[1], -low[2]));
 }
 
-// Where the validator has been installed to; empty if that can't be done.
+// The folder of the validator, which is installed if necessary; empty if that fails.
 fs::path InstalledValidator() {
     fs::path folder = fs::path(ORVANE_SCENE_INSPECT).parent_path() / "gltf-validator";
     const fs::path stamp = folder / "installed";

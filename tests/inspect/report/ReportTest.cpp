@@ -1,4 +1,4 @@
-// What scene-inspect tells of a scene: summary, tree, JSON, differences, and its exit codes.
+// The reports of scene-inspect: summary, tree, JSON, differences; its options and exit codes.
 #include "inspect/Options.h"
 #include "inspect/report/SceneDiff.h"
 #include "inspect/report/SceneJson.h"
@@ -22,7 +22,7 @@
 
 namespace {
 
-TEST(InspectReport, CountsWhatTheSceneHolds) {
+TEST(InspectReport, SummarizesScenes) {
     Bytes bytes;
     AddHeader(bytes);
     AddNode(bytes, "", 1, 1);
@@ -44,7 +44,7 @@ TEST(InspectReport, CountsWhatTheSceneHolds) {
     EXPECT_EQ(summary.Meshes, 3U);
     EXPECT_EQ(summary.Vertices, 9U);
     EXPECT_EQ(summary.Triangles, 3U);
-    // The vertices of AddMesh stand in one line; the third mesh has a corner that is nowhere.
+    // The vertices of AddMesh are collinear; the third mesh has a non-finite corner.
     EXPECT_EQ(summary.DegenerateTriangles, 3U);
     EXPECT_EQ(summary.NonFiniteNumbers, 3U);
     ASSERT_TRUE(summary.Bounds);
@@ -57,10 +57,10 @@ TEST(InspectReport, CountsWhatTheSceneHolds) {
     vertices[0].Position = {0, 0, 0};
     vertices[1].Position = {1, 0, 0};
     vertices[2].Position = {0, 0, 1e-20F};
-    EXPECT_EQ(Summarize(scene).DegenerateTriangles, 2U) << "small isn't degenerate";
+    EXPECT_EQ(Summarize(scene).DegenerateTriangles, 2U) << "small triangles aren't degenerate";
 }
 
-TEST(InspectReport, KeepsControlCharactersFromTheTerminal) {
+TEST(InspectReport, EscapesControlCharacters) {
     SceneSummary summary;
     summary.Materials.push_back({{u"a\x1B[2J\x9Bü", u"", {0, 0.2F, 1, 1}}, 1, 2});
     const std::string text = Utf8FromUtf16(SummaryText(summary));
@@ -71,7 +71,7 @@ TEST(InspectReport, KeepsControlCharactersFromTheTerminal) {
     EXPECT_EQ(Quoted(std::u16string(201, u'a')), u'"' + std::u16string(200, u'a') + u"\"…");
 }
 
-TEST(InspectReport, KeepsTheLargestMeshesInOrder) {
+TEST(InspectReport, ListsTheLargestMeshesInOrder) {
     StoredScene scene = SceneWith({});
     for (const unsigned triangles : {2U, 5U, 1U, 5U, 4U, 3U, 9U}) {
         StoredMesh mesh = TriangleMesh(u"m", u"", {1, 1, 1, 1});
@@ -114,7 +114,7 @@ TEST(InspectReport, PrintsTheTree) {
     EXPECT_EQ(TreeText(scene), text);
 }
 
-// The text of a chain may not grow with the square of its length.
+// The text of a chain must not grow with the square of its length.
 TEST(InspectReport, PrintsDeepTreesInLittleSpace) {
     constexpr size_t depth = 3000;
     Bytes bytes;
@@ -129,7 +129,7 @@ TEST(InspectReport, PrintsDeepTreesInLittleSpace) {
     EXPECT_TRUE(text.ends_with(u" 2999 (level 3000): 0 meshes, 0 children\n"));
 }
 
-TEST(InspectReport, SaysTheSameInJson) {
+TEST(InspectReport, PrintsTheSummaryAsJson) {
     const Bytes bytes = SmallTree();
     SceneReading reading = ReadingOfBytes(bytes);
     SceneSummary summary;
@@ -210,7 +210,7 @@ TEST(InspectReport, FindsEachKindOfDifference) {
     EXPECT_EQ(differences.Count, 3U);
 }
 
-TEST(InspectReport, TakesOptionsInAnyOrderAndRefusesTheRest) {
+TEST(InspectReport, ParsesOptionsInAnyOrderAndRejectsWrongOnes) {
     Options options;
     EXPECT_EQ(ParseOptions({u"--size", u"7x4096", u"f", u"--png", u"p", u"--glb", u"g", u"--textures",
                             u"t", u"--diff", u"o"},
@@ -254,8 +254,8 @@ TEST(InspectReport, TakesOptionsInAnyOrderAndRefusesTheRest) {
     }
 }
 
-// The program as a whole: what goes where, and the exit codes.
-TEST(InspectReport, TellsTheOutcomeByItsExitCode) {
+// Whole runs: output streams and exit codes.
+TEST(InspectReport, ReturnsAnExitCodePerOutcome) {
     const TempFolder folder;
     const auto write = [&](const char* name, const Bytes& bytes) {
         WriteBytes(folder.Path / name, std::string(bytes.begin(), bytes.end()));
@@ -285,7 +285,7 @@ TEST(InspectReport, TellsTheOutcomeByItsExitCode) {
     result = run({u"short.bin"});
     EXPECT_EQ(result.ExitCode, 1);
     EXPECT_EQ(result.Output, "");
-    std::erase(result.Errors, '\r'); // Standard error output has the system's line ends.
+    std::erase(result.Errors, '\r'); // The system's line ends.
     EXPECT_EQ(result.Errors, "short.bin: at byte 654: index array: 12 bytes needed, 11 left\n");
     result = run({u"--json", u"short.bin"});
     EXPECT_EQ(result.ExitCode, 1);
@@ -314,12 +314,12 @@ TEST(InspectReport, TellsTheOutcomeByItsExitCode) {
 }
 
 #ifndef _WIN32
-// Streams that can be read but once, or fill up, and little memory.
-TEST(InspectReport, TellsWhatTheSystemLacks) {
+// Pipes, full and broken outputs, and too little memory.
+TEST(InspectReport, ReportsFailingOutputsAndLackOfMemory) {
     const TempFolder folder;
     Bytes bytes = SmallFile();
     WriteBytes(folder.Path / "a.bin", std::string(bytes.begin(), bytes.end()));
-    // Sound, of more triangles than there is memory for.
+    // Valid, with more triangles than memory.
     bytes[363] = 5;
     WriteBytes(folder.Path / "vast.bin", std::string(bytes.begin(), bytes.end() - 12));
     std::filesystem::resize_file(folder.Path / "vast.bin", 654 + 12 * (5ULL << 24 | 1));
@@ -332,7 +332,7 @@ TEST(InspectReport, TellsWhatTheSystemLacks) {
         {u"$0 --json a.bin > /dev/full", 4, "standard output can't be written (No space"},
         {u"(sleep 0.5; $0 a.bin; echo $? >&2) | true", 0, "4\n"},
         {u"$0 --glb /dev/full a.bin", 4, "/dev/full: the file can't be written (No space"},
-#ifndef __SANITIZE_ADDRESS__ // It ends a program that asks for too much.
+#ifndef __SANITIZE_ADDRESS__ // It ends a program that requests too much.
         {u"$0 vast.bin", 4, "vast.bin: not enough memory"},
 #endif
     };

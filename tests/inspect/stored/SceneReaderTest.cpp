@@ -1,5 +1,5 @@
-// The scene file reader against files built here byte by byte: sound ones come back as they were
-// written, and no wrong, missing or additional byte passes.
+// The scene file reader with files built byte by byte: it reads valid files exactly, and rejects wrong,
+// missing and additional bytes.
 #include "inspect/stored/SceneReader.h"
 #include "inspect/report/SceneSummary.h"
 
@@ -18,7 +18,7 @@
 
 namespace {
 
-// Where things lie in SmallFile.
+// Offsets in SmallFile.
 constexpr size_t RootAt = 12;
 constexpr size_t MeshAt = 352;
 constexpr size_t MaterialAt = 404;
@@ -39,7 +39,7 @@ std::string FaultOf(const Bytes& bytes) {
     return fault ? Utf8FromUtf16(FaultText(*fault)) : "sound";
 }
 
-// The same of a file that can't tell its size, like a pipe; summed up part by part.
+// The same for a file of unknown size, like a pipe, summarized part by part.
 std::string FaultOfStream(const Bytes& bytes) {
     SceneReading reading = ReadingOfBytes(bytes);
     reading.Size.reset();
@@ -132,7 +132,7 @@ TEST(SceneReader, ReadsEmptyMeshesAndEveryColour) {
     }
 }
 
-// What a depth of this size does to a recursive reader is a crash.
+// This depth would crash a recursive reader.
 TEST(SceneReader, ReadsDeepTrees) {
     constexpr size_t depth = 50000;
     Bytes bytes;
@@ -145,7 +145,7 @@ TEST(SceneReader, ReadsDeepTrees) {
     EXPECT_EQ(Summarize(scene).Levels, depth);
 }
 
-TEST(SceneReader, NamesThePlaceAndTheReason) {
+TEST(SceneReader, ReportsOffsetAndReason) {
     EXPECT_EQ(FaultWith(MeshAt, 0), "at byte 352: mesh record: magic is 00000000, not 42424242");
     EXPECT_EQ(FaultWith(0, 0x11111112), "at byte 0: file header: magic is 11111112, not 11111111");
     EXPECT_EQ(FaultWith(4, 108), "at byte 4: file header: version is 0000006C, not 0000006B");
@@ -177,7 +177,7 @@ TEST(SceneReader, NamesThePlaceAndTheReason) {
     EXPECT_EQ(FaultOf({}), "at byte 0: file header: 12 bytes needed, 0 left");
 }
 
-TEST(SceneReader, RefusesColoursThatNoByteGives) {
+TEST(SceneReader, RejectsColoursThatAreNoBytes) {
     for (const float colour : {-0.0F, -1.0F, 256.0F / 255.0F, 1e30F, 0.1F + 1e-7F,
                                std::numeric_limits<float>::infinity(), std::nanf("")}) {
         for (size_t channel = 0; channel < 4; ++channel) {
@@ -195,16 +195,16 @@ TEST(SceneReader, RefusesColoursThatNoByteGives) {
     EXPECT_EQ(FaultOf(textured), "at byte 420: material record: a material with a texture isn't white");
 }
 
-// Each bit of each byte in turn, but for those where any value is a sound one.
-TEST(SceneReader, RefusesEveryWrongByte) {
+// Flips each bit of each byte, except where any value is valid.
+TEST(SceneReader, RejectsEveryWrongByte) {
     const Bytes sound = SmallFile();
     for (size_t at = 0; at < sound.size(); ++at) {
         const bool anyMatrix = at >= RootAt + 260 && at < RootAt + 324;
         const bool anyVertex = at >= VerticesAt && at < ZerosAt;
-        // A letter may become any other but NUL, and an index any below 3.
+        // A letter may become any other except NUL, and an index any below 3.
         const bool anyLetter = at >= NameAt && at < PathAt - 2;
         const bool anyIndex = at >= IndicesAt && at % 4 == IndicesAt % 4;
-        // The name may grow into the field's zeros by its first byte only.
+        // The first byte of an empty name may take any value.
         const bool rootName = at == RootAt + 4;
         if (anyMatrix || anyVertex || anyLetter || anyIndex || rootName) {
             continue;
@@ -222,13 +222,13 @@ TEST(SceneReader, RefusesEveryWrongByte) {
                                 (at >= MaterialAt + 44 && at < MaterialAt + 48);
             if (!count && !length) {
                 EXPECT_LE(fault->Offset, at);
-                EXPECT_GT(fault->Offset + 4, at) << "found in another word than it lies in";
+                EXPECT_GT(fault->Offset + 4, at) << "reported in another word";
             }
         }
     }
 }
 
-TEST(SceneReader, RefusesNodeNamesThatAreNotClosed) {
+TEST(SceneReader, RejectsUnterminatedNodeNames) {
     Bytes bytes;
     AddHeader(bytes);
     AddNode(bytes, std::string(256, 'x'), 0, 0);
@@ -237,12 +237,12 @@ TEST(SceneReader, RefusesNodeNamesThatAreNotClosed) {
     EXPECT_EQ(FaultOf(bytes), "at byte 27: node record: byte behind the name's NUL is 78, not 00");
 }
 
-TEST(SceneReader, RefusesEveryOtherLength) {
+TEST(SceneReader, RejectsEveryOtherLength) {
     Bytes file = TreeFile();
     ASSERT_EQ(FaultOf(file), "sound");
     ASSERT_EQ(FaultOfStream(file), "sound");
     for (size_t length = 0; length < file.size(); ++length) {
-        // A buffer of exactly that size, so that a sanitizer sees a read past its end.
+        // A buffer of exact size, so that a sanitizer finds reads past its end.
         const Bytes bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
         StoredScene scene;
         const auto fault = ReadStoredScene(bytes, scene);
@@ -257,8 +257,8 @@ TEST(SceneReader, RefusesEveryOtherLength) {
                                  ": end of file: 1 bytes left over behind the last block");
 }
 
-// Believing one of these counts would take gigabytes, and so fail or be felt.
-TEST(SceneReader, DoesNotBelieveHostileCounts) {
+// Allocating for one of these counts would take gigabytes.
+TEST(SceneReader, RejectsHugeCounts) {
     for (const uint32_t count : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         for (const size_t at :
              {RootAt + 328, RootAt + 332, MeshAt + 4, MeshAt + 8, MaterialAt + 4, MaterialAt + 44}) {
@@ -270,8 +270,8 @@ TEST(SceneReader, DoesNotBelieveHostileCounts) {
     }
 }
 
-// Each node alone claims no more children than the rest of the file could hold, but not both of them.
-TEST(SceneReader, AddsUpWhatNodesClaim) {
+// The rest of the file could contain the children of either node, but not of both.
+TEST(SceneReader, AddsUpClaimedChildren) {
     Bytes bytes;
     AddHeader(bytes);
     AddNode(bytes, "", 0, 3);
@@ -282,10 +282,9 @@ TEST(SceneReader, AddsUpWhatNodesClaim) {
                               "rest of the file can hold");
 }
 
-// Each of these either is refused with a place in the file or is a sound file that can be summed up; a
-// sanitizer sees to the rest. Where the size isn't known the reason may be another one, the verdict may
-// not.
-TEST(SceneReader, SurvivesAnyDamage) {
+// Each file is either rejected with an offset in the file, or valid and can be summarized; sanitizers
+// check the rest. If the size isn't known, the reason may differ, but not the result.
+TEST(SceneReader, SurvivesRandomDamage) {
     std::mt19937 random(20240607);
     const Bytes sound = TreeFile();
     for (int round = 0; round < 20000; ++round) {
@@ -304,7 +303,7 @@ TEST(SceneReader, SurvivesAnyDamage) {
     }
 }
 
-TEST(SceneReader, ReadsFilesAsItReadsBytes) {
+TEST(SceneReader, ReadsFilesLikeBytes) {
     const TempFolder folder;
     const Bytes bytes = TreeFile();
     for (const size_t length : {bytes.size(), bytes.size() - 1, size_t{700}}) {
@@ -320,8 +319,8 @@ TEST(SceneReader, ReadsFilesAsItReadsBytes) {
     }
 }
 
-// Meshes longer than the steps in which arrays are read.
-TEST(SceneReader, ReadsLongArraysToTheirEnd) {
+// Arrays longer than the blocks in which they are read.
+TEST(SceneReader, ReadsLongArrays) {
     Bytes bytes = SmallFile();
     bytes.resize(VerticesAt);
     constexpr uint32_t vertices = 99999;
@@ -355,7 +354,7 @@ TEST(SceneReader, ReadsLongArraysToTheirEnd) {
               "at byte " + std::to_string(zerosAt) + ": zero array: 399996 bytes needed, 5 left");
 }
 
-TEST(SceneReader, TellsOfFilesThatCannotBeRead) {
+TEST(SceneReader, ReportsUnreadableFiles) {
     StoredScene scene;
     auto fault = ReadStoredSceneFile(u"no-such-directory/scene.bin", scene);
     ASSERT_TRUE(fault);

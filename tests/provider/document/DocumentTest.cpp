@@ -1,4 +1,4 @@
-// Model documents: what their keys come to in the model, and what is said about broken ones.
+// Model documents: the model that their keys give, and the messages about invalid ones.
 #include "provider/ProviderTesting.h"
 
 #include "provider/model/Mapping.h"
@@ -6,11 +6,11 @@
 namespace {
 
 struct ErrorCase {
-    const char* Members; // besides the version
+    const char* Members; // in addition to the version
     const char* Error;
 };
 
-// A square of one unit as the outline of a face.
+// The unit square as the outline of a face.
 #define SQUARE "\"outer\": [[0,0,0],[1,0,0],[1,1,0],[0,1,0]]"
 #define FACE(...) "\"entities\": {\"faces\": [{" __VA_ARGS__ "}]}"
 #define MESH "\"positions\": [[0,0,0],[1,0,0],[0,1,0]]"
@@ -174,7 +174,7 @@ void ExpectCoordinates(const std::vector<std::array<double, 3>>& actual,
     }
 }
 
-// A wall seen from where y is negative, 4 wide and 2 high, with its corners counter-clockwise.
+// A wall that faces -Y, 4 wide and 2 high, with counter-clockwise corners.
 const std::string WallOutline = "\"outer\": [[0,0,0],[4,0,0],[4,0,2],[0,0,2]]";
 
 std::string Wall(const std::string& more) {
@@ -185,7 +185,7 @@ std::string Wall(const std::string& more) {
 
 } // namespace
 
-TEST(ProviderDocument, NamesPlaceAndReasonOfEachError) {
+TEST(ProviderDocument, ReportsPlaceAndReasonOfEachError) {
     WriteTestFile(u"good.tga", TgaFile(1, 1, {1, 2, 3}));
     std::vector<uint8_t> picture = TgaFile(1, 1, {1, 2, 3});
     picture[13] = 0xFF; // width 65281
@@ -200,7 +200,7 @@ TEST(ProviderDocument, NamesPlaceAndReasonOfEachError) {
     }
 }
 
-TEST(ProviderDocument, TellsWhereFilesAreBroken) {
+TEST(ProviderDocument, ReportsInvalidFiles) {
     const std::string deep = "{\"orvaneModel\":" + Repeated("[", 100000);
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"", "this is not a model document, nor a file of any other format known here"},
@@ -221,7 +221,7 @@ TEST(ProviderDocument, TellsWhereFilesAreBroken) {
         std::string error;
         EXPECT_FALSE(OpenModel(WriteTestText(u"broken.json", text), model, error));
         if (expected.starts_with("line")) {
-            // The last token differs in its detail between versions of the parser.
+            // The last token differs between versions of the parser.
             EXPECT_EQ(error.substr(0, error.find(" (")), expected.substr(0, expected.find(" (")));
         } else {
             EXPECT_EQ(error, expected);
@@ -249,7 +249,7 @@ TEST(ProviderDocument, LimitsNestingThroughDefinitions) {
     Model deeper;
     EXPECT_FALSE(OpenDocument(chain(100000), deeper, error));
     EXPECT_NE(error.find("nested deeper than 512 levels"), std::string::npos) << error;
-    // Two halves that are each allowed, met in the unlucky order.
+    // Two chains that are each allowed, the inner one first.
     Model joined;
     std::string halves = chain(300);
     halves.pop_back();
@@ -360,7 +360,7 @@ TEST(ProviderDocument, ReadsTransformations) {
 }
 
 TEST(ProviderDocument, MapsPicturesOntoSides) {
-    // Finished coordinates with a picture of the side's own, model units without; the back is not
+    // Scaled coordinates if the side has its own picture, otherwise model units; the back is not
     // mirrored.
     OpenedFace face = OpenFace(Wall(R"(, "front": "m")"));
     ExpectCoordinates(face.Front, {{0, 0, 1}, {2, 0, 1}, {2, 4, 1}, {0, 4, 1}});
@@ -373,7 +373,7 @@ TEST(ProviderDocument, MapsPicturesOntoSides) {
     face = OpenFace(Wall(R"(, "front": {"material": "m", "mapping": {"origin": [1,0,1]}},
                               "back": {"mapping": {"right": [0,0,3], "width": 2}})"));
     ExpectCoordinates(face.Front, {{-0.5, -2, 1}, {1.5, -2, 1}, {1.5, 2, 1}, {-0.5, 2, 1}});
-    // Seen from behind with up to the right, the picture's up runs to +X.
+    // Seen from behind, with right along +Z, the picture's up is +X.
     ExpectCoordinates(face.Back, {{0, 0, 1}, {0, 4, 1}, {1, 4, 1}, {1, 0, 1}});
 
     face = OpenFace(Wall(R"(, "front": {"mapping": {"up": [-1,0,0]}})"));
@@ -382,7 +382,7 @@ TEST(ProviderDocument, MapsPicturesOntoSides) {
 
 TEST(ProviderDocument, ExtendsCoordinatesOfCornersToHoles) {
     const std::string hole = R"(, "holes": [[[1,0,1],[2,0,1],[2,0,1.5]]])";
-    // Affine in the plane, also with q.
+    // Affine in the plane, also q.
     const OpenedFace face =
         OpenFace(Wall(hole + R"(, "front": {"material": "m", "coordinates": [[0,0],[8,4],[10,10],[2,6]]},
                     "back": {"coordinates": [[0,0,1],[4,0,2],[4,2,2.5],[0,2,1.5]]})"));

@@ -1,4 +1,4 @@
-// The 64 operations of the provider as a caller meets them: values, wrong handles, texts and pictures.
+// The 64 operations of the provider, seen from a caller: values, wrong handles, texts and pictures.
 #include "provider/ProviderTesting.h"
 
 #include "api/SketchUpAPI.h"
@@ -33,7 +33,7 @@ std::vector<uint8_t> TilesPixels() {
     return pixels;
 }
 
-// Opens a document; the handle is null when that fails.
+// Opens a document; returns null if that fails.
 ModelHandle OpenText(std::string_view text) {
     WriteTestFile(u"tiles.tga", TgaFile(3, 2, TilesPixels()));
     const std::string path = Utf8FromUtf16(WriteTestText(u"model.json", text));
@@ -56,7 +56,7 @@ void Close(ModelHandle model) {
     SUTerminate();
 }
 
-// Reads a text in the way of all callers. An empty text stands for any failure.
+// Reads a text like any caller. Empty if the operation fails.
 template <class Handle> std::u16string ReadName(Handle owner, int32_t (*get)(Handle, StringHandle*)) {
     StringHandle string = {0};
     char16_t text[TextLimit] = {};
@@ -69,7 +69,7 @@ template <class Handle> std::u16string ReadName(Handle owner, int32_t (*get)(Han
     return text;
 }
 
-// One handle of the model of every kind, to be tried where they don't belong.
+// A handle of every kind, to pass to wrong operations.
 std::vector<uint64_t> AllHandles(ModelHandle model) {
     const EntitiesHandle entities = EntitiesOf(model);
     uint64_t returned = 0;
@@ -109,7 +109,7 @@ std::vector<uint64_t> AllHandles(ModelHandle model) {
             elements[0].Value, elements[1].Value, elements[2].Value, elements[3].Value};
 }
 
-// How many operations accept a handle. Outputs of every kind are at hand.
+// The number of operations that accept a handle.
 int CountAccepting(uint64_t value, const std::string& picturePath) {
     uint64_t count = 0;
     uint64_t second = 0;
@@ -199,7 +199,7 @@ int CountAccepting(uint64_t value, const std::string& picturePath) {
                             std::ranges::count_if(returned, [](uint64_t own) { return own != 0; }));
 }
 
-// The smallest JPEG of 8 by 8 grey pixels: no differences, no details.
+// The smallest JPEG of 8 by 8 grey pixels: all coefficients are 0.
 std::vector<uint8_t> JpegFile() {
     std::vector<uint8_t> bytes = {0xFF, 0xD8, 0xFF, 0xDB, 0, 67, 0};
     bytes.insert(bytes.end(), 64, 1);
@@ -214,7 +214,7 @@ std::vector<uint8_t> JpegFile() {
     return bytes;
 }
 
-// The pixels of TilesPixels as a BMP file: rows from the bottom, filled up to four bytes.
+// The pixels of TilesPixels as a BMP file: rows from the bottom, padded to four bytes.
 std::vector<uint8_t> BmpFile() {
     std::vector<uint8_t> bytes(54, 0);
     bytes[0] = 'B';
@@ -244,7 +244,7 @@ std::vector<uint8_t> PngOf(const std::vector<uint8_t>& file) {
 
 } // namespace
 
-TEST(ProviderBoundary, DeliversWhatTheDocumentSays) {
+TEST(ProviderBoundary, ReturnsTheContentOfTheDocument) {
     const ModelHandle model = OpenText(Document);
     ASSERT_NE(model.Value, 0U);
     const EntitiesHandle entities = EntitiesOf(model);
@@ -320,7 +320,7 @@ TEST(ProviderBoundary, DeliversWhatTheDocumentSays) {
     EXPECT_EQ(SUMeshHelperGetNormals(mesh, 1, points, &returned), 0);
     EXPECT_EQ(returned, 1U);
     EXPECT_EQ(points[0][2], 1.0);
-    EXPECT_EQ(points[1][2], 1.0); // the q of before: only one was asked for
+    EXPECT_EQ(points[1][2], 1.0); // the old q: only one vertex is requested
     EXPECT_EQ(points[1][0], 2.0);
 
     GroupHandle group = {0};
@@ -363,19 +363,18 @@ TEST(ProviderBoundary, DeliversWhatTheDocumentSays) {
     Close(model);
 }
 
-TEST(ProviderBoundary, RefusesHandlesThatDontBelong) {
+TEST(ProviderBoundary, RejectsWrongHandles) {
     const ModelHandle model = OpenText(Document);
     ASSERT_NE(model.Value, 0U);
     const std::string picture = Utf8FromUtf16(ProviderTestDirectory() + u"out.png");
     const std::vector<uint64_t> handles = AllHandles(model);
-    // In the order of AllHandles: how many operations take such a handle. A face's own takes four and
-    // its view, a writer alone nothing but an entity.
+    // In the order of AllHandles: the number of operations that accept the handle.
     const std::vector<int> accepting = {3, 8, 5, 4, 3, 5, 6, 1, 3, 1, 0, 0, 7, 1, 0, 0, 3, 3, 3, 3};
     ASSERT_EQ(handles.size(), accepting.size());
     for (size_t i = 0; i < handles.size(); ++i) {
         const bool isWriter = i == 10;
         EXPECT_EQ(CountAccepting(handles[i], picture), accepting[i] + (isWriter ? 1 : 0)) << i;
-        // The same handle beyond its list, of another model, or with bits that none has.
+        // The handle with an index out of range, of another model, or with unused bits.
         for (const uint64_t change : {uint64_t{0x00001000}, uint64_t{1} << 33, uint64_t{8} << 52}) {
             EXPECT_EQ(CountAccepting(handles[i] ^ change, picture), 0) << i << " " << change;
         }
@@ -391,7 +390,7 @@ TEST(ProviderBoundary, RefusesHandlesThatDontBelong) {
     }
 }
 
-TEST(ProviderBoundary, RefusesNullOutputs) {
+TEST(ProviderBoundary, RejectsNullOutputs) {
     const ModelHandle model = OpenText(Document);
     ASSERT_NE(model.Value, 0U);
     const std::vector<uint64_t> handles = AllHandles(model);
@@ -433,7 +432,7 @@ TEST(ProviderBoundary, CutsTextsAtTheLimit) {
     const std::u16string_view whole = u"ab\U0001F600c";
     for (const auto& [limit, units] : std::vector<std::pair<uint64_t, size_t>>{
              {1, 0}, {2, 1}, {3, 2}, {4, 2}, {5, 4}, {6, 5}, {260, 5}}) {
-        std::vector<char16_t> text(limit, u'x'); // exactly sized: one unit too many is seen
+        std::vector<char16_t> text(limit, u'x'); // exact size, so that a sanitizer finds overruns
         uint64_t length = 99;
         EXPECT_EQ(SUStringGetUTF16(string, limit, text.data(), &length), 0);
         EXPECT_EQ(length, units);
@@ -442,7 +441,7 @@ TEST(ProviderBoundary, CutsTextsAtTheLimit) {
     char16_t none = u'x';
     uint64_t length = 0;
     EXPECT_NE(SUStringGetUTF16(string, 0, &none, &length), 0);
-    // A released slot is used again, but not through the old handle.
+    // A released slot is used again; the old handle stays invalid.
     const StringHandle old = string;
     EXPECT_EQ(SUStringRelease(&string), 0);
     EXPECT_EQ(SUStringCreate(&string), 0);
@@ -480,8 +479,7 @@ TEST(ProviderBoundary, WritesPicturesOfAllKindsAsPng) {
     const std::vector<uint8_t> png = PngOf(TgaFile(3, 2, TilesPixels()));
     EXPECT_EQ(PngOf(BmpFile()), png);
     EXPECT_EQ(PngOf(png), png);
-    // With bytes after its end a PNG file is decoded, and the pixels give the same file again; likewise
-    // with a wrong checksum.
+    // A PNG file with bytes after its end or a wrong checksum is decoded and encoded again.
     std::vector<uint8_t> unsound = png;
     unsound.push_back(0);
     EXPECT_EQ(PngOf(unsound), png);
@@ -493,7 +491,7 @@ TEST(ProviderBoundary, WritesPicturesOfAllKindsAsPng) {
     EXPECT_EQ(LoadPicture(PngOf(JpegFile()), picture), nullptr);
     EXPECT_TRUE(picture.SoundPng);
     EXPECT_EQ(picture.Width * 10 + picture.Height, 88U);
-    // A table with more codes than the decoder has room for.
+    // A table with more codes than the decoder's array.
     std::vector<uint8_t> crowded = JpegFile();
     const size_t tables = 2 + 69 + 13;
     const std::vector<uint8_t> codes(256, 1);

@@ -71,7 +71,7 @@ const std::vector<PolygonCase> PolygonCases = {
     {"hole outside the outline", {Square(0, 10), Square(20, 30)}, 100},
 };
 
-// Twice the area of the triangle a, b, c as seen against the normal.
+// Twice the signed area of the triangle a, b, c; positive if it faces along the normal.
 double DoubleArea(Point3 a, Point3 b, Point3 c, Point3 normal) {
     return Dot(Cross(b - a, c - a), normal);
 }
@@ -94,8 +94,8 @@ bool IsInside(Point3 p, const std::vector<Loop>& loops, Point3 right, Point3 up)
     return crosses(loops[0]) && std::none_of(loops.begin() + 1, loops.end(), crosses);
 }
 
-// Every triangle turns the right way, the areas add up, and each of many points is covered once inside
-// and never outside.
+// Expects the orientation of every triangle, the total area, and at many points exactly one triangle
+// inside and none outside.
 void ExpectExactCover(const PolygonTriangulation& polygon, const std::vector<Loop>& loops, double area,
                       Point3 normal) {
     const SideAxes axes = AxesOfSide(normal);
@@ -107,7 +107,7 @@ void ExpectExactCover(const PolygonTriangulation& polygon, const std::vector<Loo
         EXPECT_GE(own, -1e-9);
         sum += own / 2;
     }
-    // Where outlines cross, the place is known in single precision.
+    // Crossings of outlines have single precision.
     EXPECT_NEAR(sum, area, (polygon.Crossings.empty() ? 1e-9 : 1e-6) * area);
     for (int x = -10; x < 130; x += 3) {
         for (int y = -10; y < 130; y += 3) {
@@ -129,7 +129,7 @@ void ExpectExactCover(const PolygonTriangulation& polygon, const std::vector<Loo
 } // namespace
 
 TEST(ProviderTriangulation, CoversEachPolygonOnceInAnyPlane) {
-    // Rows: where the X and Y axes of the plane go, and the origin.
+    // Rows: the X and Y axes of the plane, and its origin.
     const std::vector<std::array<Point3, 3>> planes = {{{{1, 0, 0}, {0, 1, 0}, {0, 0, 0}}},
                                                        {{{0, 1, 0}, {1, 0, 0}, {5, 6, 7}}},
                                                        {{{0, 0, 1}, {1, 0, 0}, {1e5, 0, -1e5}}},
@@ -168,7 +168,7 @@ TEST(ProviderTriangulation, KeepsCornersAndAddsPointsOnlyWhereOutlinesCross) {
     EXPECT_EQ(plain.Points.size(), 8U);
     EXPECT_TRUE(plain.Crossings.empty());
 
-    // A bow tie whose larger half turns counter-clockwise; the other half is left out.
+    // A bow tie whose larger half is counter-clockwise; the other half is left out.
     PolygonTriangulation crossing;
     crossing.Points = {{0, 0, 0}, {4, 0, 0}, {1, 6, 0}, {3, 6, 0}};
     crossing.LoopEnds = {4};
@@ -183,7 +183,7 @@ TEST(ProviderTriangulation, KeepsCornersAndAddsPointsOnlyWhereOutlinesCross) {
     }
     EXPECT_NEAR(Length(mixed - crossing.Points[4]), 0.0, 1e-6);
 
-    // Five corners that all turn left, twice round: no convex polygon.
+    // Five left turns, twice around: not a convex polygon.
     PolygonTriangulation star;
     const Loop circle = Circle(5);
     star.Points = {circle[0], circle[2], circle[4], circle[1], circle[3]};
@@ -192,7 +192,7 @@ TEST(ProviderTriangulation, KeepsCornersAndAddsPointsOnlyWhereOutlinesCross) {
     EXPECT_EQ(star.Crossings.size(), 5U);
 }
 
-TEST(ProviderTriangulation, RefusesWhatHasNoArea) {
+TEST(ProviderTriangulation, RejectsPolygonsWithoutArea) {
     Point3 normal;
     EXPECT_FALSE(NormalOfLoop(Loop{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, normal));
     EXPECT_FALSE(NormalOfLoop(Loop{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, normal));
@@ -220,8 +220,8 @@ TEST(ProviderTriangulation, SidesHaveUnmirroredAxes) {
     }
 }
 
-TEST(ProviderTriangulation, SlantedMappingsGoByTheirOwnAxes) {
-    // Up leans: the point origin + 3 right + 2 up must get (3 / width, 2 / height).
+TEST(ProviderTriangulation, SlantedMappingsUseTheirOwnAxes) {
+    // Up is slanted: the point origin + 3 right + 2 up must get (3 / width, 2 / height).
     ModelMapping mapping;
     const Point3 up = {0.6, 0.8, 0};
     ASSERT_TRUE(MakeMapping({1, 1, 1}, {{2, 0, 0}, 5.0 * up}, 4, 0.5, mapping));
@@ -231,7 +231,7 @@ TEST(ProviderTriangulation, SlantedMappingsGoByTheirOwnAxes) {
     EXPECT_FALSE(MakeMapping({}, {{1, 0, 0}, {-2, 0, 0}}, 1, 1, mapping));
 }
 
-TEST(ProviderTriangulation, SplitsOnlyTriangulationsThatTurnToAllSides) {
+TEST(ProviderTriangulation, SplitsOnlyTriangulationsThatFaceAllDirections) {
     // A tetrahedron seen from outside.
     FaceGeometry body;
     body.Positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
@@ -252,7 +252,7 @@ TEST(ProviderTriangulation, SplitsOnlyTriangulationsThatTurnToAllSides) {
                 const uint32_t vertex = model.Indices[face.Indices.First + i + corner];
                 ASSERT_LT(vertex, face.Vertices.Count);
                 corners[corner] = model.Positions[face.Vertices.First + vertex];
-                // Attributes have moved along with their vertex.
+                // Attributes belong to their vertex.
                 const double number = model.Coordinates[face.Front.Coordinates + vertex].X;
                 EXPECT_TRUE(body.Positions[static_cast<size_t>(number)] == corners[corner]);
                 EXPECT_TRUE(body.Normals[static_cast<size_t>(number)] ==
@@ -263,7 +263,7 @@ TEST(ProviderTriangulation, SplitsOnlyTriangulationsThatTurnToAllSides) {
     }
     EXPECT_EQ(triangles, 4U);
 
-    // Three sides of it turn to a common side.
+    // Three of its sides face a common direction.
     FaceGeometry cap = body;
     cap.Indices.resize(9);
     Model single;
