@@ -96,7 +96,7 @@ int ReportScene(const Options& options, const StoredScene& scene) {
                  Sound);
 }
 
-// Returns false if the file can't be written in full. So do the next two.
+// False if the file can't be written in full; the same for the next two.
 bool WriteOutput(const std::u16string& path, std::string_view bytes) {
     const int reason = WriteWholeFile(path, BytesOfText(bytes));
     if (reason != 0) {

@@ -14,8 +14,8 @@ namespace {
 constexpr int64_t Steps = 256;
 constexpr int64_t HalfPixel = Steps / 2;
 
-// A pixel through whose blended surfaces less than this share shows is closed: a quarter of a byte's
-// step.
+// The least share of what is behind a pixel's blended surfaces that is worth drawing: a quarter of a
+// byte's step.
 constexpr float LeastThrough = 1.0F / 1024;
 
 int64_t TilesAlong(int64_t pixels) {

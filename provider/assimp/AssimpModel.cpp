@@ -41,7 +41,7 @@ struct SceneReading {
     UpAxis Up;                            // below the root
     Transform Root;                       // of the root, from there into the model
     std::vector<uint32_t> CoordinateSets; // of each material
-    PolygonTriangulation Polygon;         // reused for its memory
+    PolygonTriangulation Polygon;         // kept to reuse its memory
     FaceGeometry PolygonGeometry;         // the same
 };
 

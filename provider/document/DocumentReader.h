@@ -28,7 +28,7 @@ struct DocumentReader {
     std::unordered_map<std::string_view, uint32_t> Pictures; // by file name as written
     std::vector<uint32_t> InstanceNodes;                     // of each instance in Output
 
-    PolygonTriangulation Polygon; // reused for its memory
+    PolygonTriangulation Polygon; // kept to reuse its memory
 };
 
 // Records an error at a value. Always returns false.

@@ -4,8 +4,8 @@
 #include "provider/gltf/GltfDocument.h"
 #include "provider/model/Model.h"
 
-// How a material maps its picture: the texture coordinates (u, v) of a set are transformed to u' = U[0]
-// u + U[1] v + U[2], and v' by V in the same way.
+// How a material maps its picture. The texture coordinates (u, v) of a set are transformed to
+// u' = U[0] u + U[1] v + U[2], and v' by V in the same way.
 struct GltfSurface {
     int CoordinateSet = 0;
     std::array<double, 3> U = {1.0, 0.0, 0.0};

@@ -15,7 +15,7 @@
 // An index that refers to nothing.
 constexpr uint32_t NoIndex = 0xFFFFFFFF;
 
-// The largest depth of nested groups and instances. Callers walk a model by recursion.
+// The largest depth of nested groups and instances, because callers walk a model by recursion.
 constexpr uint32_t DeepestNesting = 512;
 
 struct IndexRange {

@@ -126,7 +126,7 @@ void AddTriangulation(Model& model, const FaceGeometry& geometry) {
     }
     const size_t count = geometry.Indices.size() / 3;
     std::vector<uint8_t> axes(count);
-    std::array<size_t, AxisCount + 1> ends = {}; // at an axis: where its triangles begin
+    std::array<size_t, AxisCount + 1> ends = {}; // where the triangles of each axis begin, then the end
     size_t axis = AxisOf(normal);
     for (size_t triangle = 0; triangle < count; ++triangle) {
         // A triangle without area goes with the one before it.
