@@ -151,7 +151,7 @@ std::u16string UsageText() {
            u"  --glb OUT       writes the scene as binary glTF 2.0\n"
            u"  --png OUT       writes a picture of the scene\n"
            u"  --size WxH      sets the size of that picture; the default is 1280x800\n"
-           u"  --textures DIR  sets the directory of the texture files; the default is that of FILE\n"
+           u"  --textures DIR  looks for the textures in DIR instead of beside FILE\n"
            u"Help:\n"
            u"  --help          prints this text\n"
            u"\n"
