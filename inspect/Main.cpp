@@ -1,4 +1,4 @@
-// scene-inspect: tells whether a scene file is sound, what it holds and how it looks.
+// scene-inspect: checks, summarizes, compares, converts and draws scene files.
 #include "inspect/Options.h"
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/gltf/GltfExport.h"
@@ -34,8 +34,8 @@ void PrintError(const std::u16string& line) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
-// Gives the outcome, or NotWritten if not all of the text goes out. A reader that has gone away, as head
-// does, needs no message.
+// Returns the outcome, or NotWritten if the text can't be written in full. A reader that closes
+// standard output early, as head does, needs no message.
 int Print(const std::u16string& text, int outcome) {
     const int reason = PrintToStandardOutput(text);
     if (reason != 0 && reason != EPIPE) {
@@ -44,7 +44,7 @@ int Print(const std::u16string& text, int outcome) {
     return reason == 0 ? outcome : NotWritten;
 }
 
-int TellFault(const std::u16string& file, const SceneFault& fault, Report kind) {
+int ReportFault(const std::u16string& file, const SceneFault& fault, Report kind) {
     PrintError(file + u": " + FaultText(fault));
     if (kind == Report::Json) {
         return Print(Utf16FromUtf8(FaultJson(fault)), NotSound);
@@ -56,8 +56,8 @@ std::u16string SummaryWords(const SceneSummary& summary, Report kind) {
     return kind == Report::Json ? Utf16FromUtf8(SummaryJson(summary)) : SummaryText(summary);
 }
 
-// Without the scene in memory.
-int ReportInPassing(const Options& options) {
+// Reads the file part by part, without the scene in memory.
+int ReportPartByPart(const Options& options) {
     SceneReading reading = ReadingOfFile(options.File);
     std::u16string text;
     if (options.Kind == Report::Tree) {
@@ -68,7 +68,7 @@ int ReportInPassing(const Options& options) {
         text = SummaryWords(summary, options.Kind);
     }
     if (reading.Fault) {
-        return TellFault(options.File, *reading.Fault, options.Kind);
+        return ReportFault(options.File, *reading.Fault, options.Kind);
     }
     return Print(text, Sound);
 }
@@ -76,7 +76,7 @@ int ReportInPassing(const Options& options) {
 int ReportDifferences(const Options& options, const StoredScene& scene) {
     StoredScene other;
     if (const auto fault = ReadStoredSceneFile(options.Other, other)) {
-        return TellFault(options.Other, *fault, options.Kind);
+        return ReportFault(options.Other, *fault, options.Kind);
     }
     const SceneDifferences differences = CompareScenes(scene, other);
     if (differences.Count == 0) {
@@ -96,7 +96,7 @@ int ReportScene(const Options& options, const StoredScene& scene) {
                  Sound);
 }
 
-// False if not all could be written. Likewise below.
+// False if the file can't be written in full; the same for the next two.
 bool WriteOutput(const std::u16string& path, std::string_view bytes) {
     const int reason = WriteWholeFile(path, BytesOfText(bytes));
     if (reason != 0) {
@@ -109,10 +109,10 @@ bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& t
     const GltfFile gltf = ExportGltf(scene, textures);
     if (gltf.TrianglesLeftOut != 0) {
         PrintError(options.File + u": " + Counted(gltf.TrianglesLeftOut, u"triangle", u"triangles") +
-                   u" with a number that isn't finite left out of " + options.GltfFile);
+                   u" with non-finite numbers omitted from " + options.GltfFile);
     }
     if (gltf.Bytes.empty()) {
-        PrintError(options.GltfFile + u": the scene is too large for binary glTF, which ends at 4 GiB");
+        PrintError(options.GltfFile + u": the scene exceeds the limit of binary glTF, 4 GiB");
         return false;
     }
     return WriteOutput(options.GltfFile, gltf.Bytes);
@@ -137,7 +137,7 @@ std::u16string TextureDirectory(const Options& options) {
                                                            : options.TextureDirectory + u"/";
 }
 
-// The files that can be made besides.
+// Writes the binary glTF file and the picture, if requested.
 int WriteOutputs(const Options& options, const StoredScene& scene) {
     if (const uint64_t count = Summarize(scene).NodesWithMatrix; count != 0) {
         PrintError(options.File + u": " + Counted(count, u"matrix", u"matrices") +
@@ -158,15 +158,15 @@ int WriteOutputs(const Options& options, const StoredScene& scene) {
     return written ? Sound : NotWritten;
 }
 
-// The file is opened once, since a pipe gives its bytes only once.
+// Opens the file once, because a pipe delivers its bytes only once.
 int Run(const Options& options) {
     const bool wantsOutput = !options.GltfFile.empty() || !options.PictureFile.empty();
     if (options.Kind != Report::Differences && !wantsOutput) {
-        return ReportInPassing(options);
+        return ReportPartByPart(options);
     }
     StoredScene scene;
     if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
-        return TellFault(options.File, *fault, options.Kind);
+        return ReportFault(options.File, *fault, options.Kind);
     }
     const int reported = ReportScene(options, scene);
     if (reported == NotSound || !wantsOutput) {

@@ -1,4 +1,4 @@
-// Takes the arguments one after the other; each option may stand once.
+// Parses the arguments in order. Each option may occur once.
 #include "inspect/Options.h"
 
 #include "inspect/drawing/ScenePicture.h"
@@ -14,14 +14,14 @@ namespace {
 struct Parsing {
     const std::vector<std::u16string>& Arguments;
     size_t At = 0;
-    std::vector<std::u16string> Seen; // Options.
+    std::vector<std::u16string> Seen; // Options so far.
     std::u16string Wrong;
 };
 
-// The argument behind an option.
+// The argument after an option.
 std::u16string TakeValue(Parsing& parsing, const std::u16string& option) {
     if (parsing.At == parsing.Arguments.size() || parsing.Arguments[parsing.At].empty()) {
-        parsing.Wrong = option + u" needs a value";
+        parsing.Wrong = option + u" requires a value";
         return u"";
     }
     return parsing.Arguments[parsing.At++];
@@ -44,8 +44,8 @@ void TakeSize(Parsing& parsing, Options& options) {
     const auto width = PictureSide(text.substr(0, by));
     const auto height = PictureSide(text.substr(std::min(by + 1, text.size())));
     if (parsing.Wrong.empty() && (!width || !height)) {
-        parsing.Wrong = u"--size needs a width and a height of 1 to " + Number(LargestDrawingSide) +
-                        u" pixels, as in 1280x800";
+        parsing.Wrong = u"--size requires a width and a height from 1 to " + Number(LargestDrawingSide) +
+                        u" pixels, such as 1280x800";
         return;
     }
     options.Width = width.value_or(options.Width);
@@ -54,14 +54,14 @@ void TakeSize(Parsing& parsing, Options& options) {
 
 void SetReport(Parsing& parsing, Report kind, Options& options) {
     if (options.Kind != Report::Summary) {
-        parsing.Wrong = u"--tree, --json and --diff exclude one another";
+        parsing.Wrong = u"--tree, --json and --diff are mutually exclusive";
     }
     options.Kind = kind;
 }
 
 void TakeOption(Parsing& parsing, const std::u16string& option, Options& options) {
     if (std::find(parsing.Seen.begin(), parsing.Seen.end(), option) != parsing.Seen.end()) {
-        parsing.Wrong = option + u" stands twice";
+        parsing.Wrong = option + u" is given twice";
         return;
     }
     parsing.Seen.push_back(option);
@@ -83,22 +83,22 @@ void TakeOption(Parsing& parsing, const std::u16string& option, Options& options
     } else if (option == u"--size") {
         TakeSize(parsing, options);
     } else {
-        parsing.Wrong = u"there is no option " + Quoted(option);
+        parsing.Wrong = u"unknown option " + Quoted(option);
     }
 }
 
-// An output in the place of another file of the call would destroy it.
+// An output must not overwrite another file of the same call.
 void CheckOutputs(Parsing& parsing, const Options& options) {
-    const auto isOutputOn = [&](const std::u16string& output, const std::u16string& file) {
+    const auto checkOverwrite = [&](const std::u16string& output, const std::u16string& file) {
         if (!output.empty() && !file.empty() && NameOneFile(output, file)) {
-            parsing.Wrong = Quoted(output) + u" would be written over " + Quoted(file);
+            parsing.Wrong = u"output " + Quoted(output) + u" would overwrite " + Quoted(file);
         }
     };
     for (const std::u16string& output : {options.GltfFile, options.PictureFile}) {
-        isOutputOn(output, options.File);
-        isOutputOn(output, options.Other);
+        checkOverwrite(output, options.File);
+        checkOverwrite(output, options.Other);
     }
-    isOutputOn(options.PictureFile, options.GltfFile);
+    checkOverwrite(options.PictureFile, options.GltfFile);
 }
 
 void CheckTogether(Parsing& parsing, const Options& options) {
@@ -106,11 +106,11 @@ void CheckTogether(Parsing& parsing, const Options& options) {
         return std::find(parsing.Seen.begin(), parsing.Seen.end(), option) != parsing.Seen.end();
     };
     if (options.File.empty()) {
-        parsing.Wrong = u"no scene file is named";
+        parsing.Wrong = u"no scene file is given";
     } else if (has(u"--size") && !has(u"--png")) {
-        parsing.Wrong = u"--size goes with --png";
+        parsing.Wrong = u"--size requires --png";
     } else if (has(u"--textures") && !has(u"--png") && !has(u"--glb")) {
-        parsing.Wrong = u"--textures goes with --png or --glb";
+        parsing.Wrong = u"--textures requires --png or --glb";
     } else {
         CheckOutputs(parsing, options);
     }
@@ -130,7 +130,7 @@ std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Option
         } else if (options.File.empty()) {
             options.File = argument;
         } else {
-            parsing.Wrong = u"more than one scene file is named";
+            parsing.Wrong = u"more than one scene file is given";
         }
     }
     if (parsing.Wrong.empty() && !options.WantsHelp) {
@@ -141,18 +141,20 @@ std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Option
 
 std::u16string UsageText() {
     return u"Usage: scene-inspect [OPTION ...] FILE\n"
-           u"Checks a scene file to the last byte and tells what is in it.\n"
+           u"Checks a scene file to its last byte and prints a summary of its contents.\n"
            u"\n"
-           u"In place of the summary:\n"
-           u"  --tree          the node tree\n"
-           u"  --json          the summary as JSON\n"
-           u"  --diff OTHER    the first and the number of differences from another scene file\n"
-           u"Besides:\n"
+           u"Reports that replace the summary:\n"
+           u"  --tree          prints the tree of nodes and meshes\n"
+           u"  --json          prints the summary as JSON\n"
+           u"  --diff OTHER    prints the number of differences from OTHER, and the first one\n"
+           u"Outputs:\n"
            u"  --glb OUT       writes the scene as binary glTF 2.0\n"
            u"  --png OUT       writes a picture of the scene\n"
-           u"  --size WxH      the size of that picture, 1280x800 unless given\n"
-           u"  --textures DIR  where the texture files are, if not beside FILE\n"
+           u"  --size WxH      sets the size of that picture; the default is 1280x800\n"
+           u"  --textures DIR  looks for the textures in DIR instead of beside FILE\n"
+           u"Help:\n"
+           u"  --help          prints this text\n"
            u"\n"
-           u"Exit codes: 0 sound, 1 not sound, 2 wrong use, 3 --diff found a difference,\n"
+           u"Exit codes: 0 sound, 1 not sound, 2 wrong usage, 3 --diff found a difference,\n"
            u"4 an output could not be written, or memory ran out.\n";
 }

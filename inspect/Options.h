@@ -5,24 +5,24 @@
 #include <string>
 #include <vector>
 
-// What goes to standard output.
+// The report on standard output.
 enum class Report { Summary, Tree, Json, Differences };
 
 struct Options {
     bool WantsHelp = false;
     Report Kind = Report::Summary;
     std::u16string File;
-    std::u16string Other; // The file to compare with; empty for none. Likewise below.
+    std::u16string Other; // The file to compare with. Empty for none, as below.
     std::u16string GltfFile;
     std::u16string PictureFile;
-    std::u16string TextureDirectory; // Empty: where File is.
+    std::u16string TextureDirectory; // Empty: that of File.
     uint32_t Width = 1280;           // Pixels of the picture.
     uint32_t Height = 800;
 };
 
-// Gives an empty text, or what is wrong with the arguments. No output may name a file that is read, nor
-// the other output.
+// Returns an empty text, or the reason why the arguments are invalid. An output must not name an input
+// or the other output.
 std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Options& options);
 
-// Several lines, each closed by LF.
+// Several lines, each with a final LF.
 std::u16string UsageText();

@@ -1,5 +1,5 @@
-// Which format a model file has. JSON and binary glTF show it by their content alone; of the other
-// formats, those without a mark of their own are left to the name.
+// Identifies the format of a model file. The content alone identifies JSON and binary glTF. Other
+// formats without a signature are identified by the file name.
 #include "provider/FileFormat.h"
 
 #include "platform/Bytes.h"
@@ -32,14 +32,14 @@ constexpr std::array<FormatMark, 13> Marks = {{{"Kaydara FBX Binary", ".fbx"},
 constexpr std::string_view GlbMark = "glTF";
 constexpr size_t GlbVersionAt = 4; // the version's first byte
 
-// A document in XML names its format within this.
+// An XML document names its format within its first bytes.
 constexpr size_t XmlStartSize = 4096; // bytes
 
 constexpr size_t StlHeaderSize = 84; // bytes, with the number of triangles in the last four
 constexpr uint64_t StlTriangleSize = 50;
 constexpr size_t ChunkHeaderSize = 6; // bytes
 
-// A text without the byte order mark of UTF-8.
+// The text without the UTF-8 byte order mark.
 std::string_view WithoutMark(std::string_view text) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(byteOrderMark)) {
@@ -48,7 +48,7 @@ std::string_view WithoutMark(std::string_view text) {
     return text;
 }
 
-// Whether the first character, blanks aside, can begin a JSON object or a comment before it.
+// Whether the first non-blank character can begin a JSON object or a comment before it.
 bool LooksLikeJson(std::string_view text) {
     text = WithoutMark(text);
     const size_t start = text.find_first_not_of(" \t\r\n");
@@ -60,14 +60,14 @@ bool IsBinaryStl(std::span<const uint8_t> bytes) {
            bytes.size() == StlHeaderSize + StlTriangleSize * LittleEndian(bytes, StlHeaderSize - 4);
 }
 
-// The one outermost chunk holds all of the file.
+// The outermost chunk spans the whole file.
 bool Is3ds(std::span<const uint8_t> bytes) {
     return bytes.size() > ChunkHeaderSize && bytes[0] == 'M' && bytes[1] == 'M' &&
            LittleEndian(bytes, 2) == bytes.size();
 }
 
-// The ending, with its dot, of the format that the content shows; empty if it shows none that
-// can be recognised for sure. glTF and model documents are not among them.
+// The ending, with its dot, of the format that the content identifies for certain; otherwise empty.
+// glTF and model documents are not covered.
 std::string_view EndingOfContent(std::span<const uint8_t> bytes) {
     const std::string_view text = WithoutMark(TextOfBytes(bytes));
     for (const auto& [mark, ending] : Marks) {
@@ -99,17 +99,17 @@ std::string_view EndingOfContent(std::span<const uint8_t> bytes) {
     return {};
 }
 
-// The version that a JSON text states as a glTF document, such as "2.0"; empty if it is none.
+// The glTF version that a JSON text states, such as "2.0"; empty if the text is not glTF.
 std::string_view GltfVersion(const JsonTape& json) {
     const uint32_t asset = MemberOf(json, 0, "asset");
     const std::string_view version = asset != 0 ? TextMember(json, asset, "version") : "";
-    // The first version could leave it out.
+    // Version 1 allows omitting it.
     const bool isFirst =
         version.empty() && MemberOf(json, 0, "meshes") != 0 && MemberOf(json, 0, "accessors") != 0;
     return isFirst ? "1.0" : version;
 }
 
-// shown is the ending of the format that the content shows, or empty.
+// shown is the ending of the format that the content identifies, or empty.
 bool UseAssimp(std::string_view shown, std::string_view ending, FoundFormat& found) {
     found.Format = FileFormat::Assimp;
     found.Ending = shown == ending ? "" : shown;
@@ -127,7 +127,7 @@ bool UseGltf(std::string_view shown, std::string_view ending, FoundFormat& found
 bool FindGlb(std::span<const uint8_t> bytes, std::string_view ending, FoundFormat& found,
              std::string& error) {
     constexpr std::string_view shown = ".glb";
-    // The first version has another layout, and only the other library reads it.
+    // Version 1 has another layout, and only assimp reads it.
     if (bytes.size() > GlbVersionAt && bytes[GlbVersionAt] == 1) {
         return UseAssimp(shown, ending, found);
     }
@@ -147,7 +147,7 @@ bool FindJson(std::string_view text, std::string_view ending, FoundFormat& found
         found.Parts.Json = text;
         return UseGltf(".gltf", ending, found);
     }
-    error = "this is JSON, but no model document: the key orvaneModel is missing";
+    error = "this is JSON but not a model document: the key orvaneModel is missing";
     return false;
 }
 
@@ -159,13 +159,13 @@ bool FindFormat(std::span<const uint8_t> bytes, std::string_view ending, FoundFo
     if (text.starts_with(GlbMark)) {
         return FindGlb(bytes, ending, found, error);
     }
-    // Some text formats begin with a comment that JSON allows too.
+    // Some text formats can begin with a comment, like JSON.
     if (LooksLikeJson(text) && (text.find('{') < text.find('/') || !IsAssimpEnding(ending))) {
         return FindJson(text, ending, found, error);
     }
     const std::string_view shown = EndingOfContent(bytes);
     if (shown.empty() && !IsAssimpEnding(ending)) {
-        error = "this is not a model document, nor a file of any other format known here";
+        error = "this is not a model document or a file of another supported format";
         return false;
     }
     return UseAssimp(shown, ending, found);

@@ -1,4 +1,4 @@
-// Which format a model file has, and so which reader it goes to. The one place that decides.
+// The format of a model file, which selects its reader. The only place that decides it.
 #pragma once
 
 #include "provider/gltf/GltfDocument.h"
@@ -19,12 +19,13 @@ struct FoundFormat {
     FileFormat Format = FileFormat::Assimp;
     JsonTape Json;           // for ModelDocument and Gltf
     GltfParts Parts;         // for Gltf: views of the file's bytes
-    std::string_view Ending; // for Assimp: that of the format that the content shows, with its dot;
-                             // empty where the file's own serves
+    std::string_view Ending; // for Assimp: that of the format that the content identifies, with its
+                             // dot; empty if the file's own applies
 };
 
-// Decides by the content of a file where it has a mark, else by the ending of its name, which comes in
-// lower case, with its dot, or empty. JSON and binary glTF are never decided by name. Fills an empty
-// found; gives false, and the reason in error, when the file has no format known here or is broken.
+// Decides by the content of a file if it has a signature, otherwise by ending: the ending of its name
+// in lower case, with its dot, or empty. JSON and binary glTF are never identified by name. Fills an
+// empty found. Returns false, with the reason in error, if the format is not supported or the file is
+// broken.
 bool FindFormat(std::span<const uint8_t> bytes, std::string_view ending, FoundFormat& found,
                 std::string& error);

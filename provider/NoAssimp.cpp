@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 
-// The most common of the formats that the library reads.
+// The most common formats of assimp.
 constexpr std::array<std::string_view, 24> Endings = {
     ".3ds", ".3mf", ".ac",   ".amf", ".ase", ".blend", ".cob", ".dae", ".dxf", ".fbx", ".ifc", ".lwo",
     ".lws", ".md2", ".ms3d", ".obj", ".off", ".ply",   ".smd", ".stl", ".wrl", ".x",   ".x3d", ".zae"};
@@ -14,6 +14,6 @@ bool IsAssimpEnding(std::string_view ending) {
 }
 
 bool ReadAssimpModel(const std::u16string&, std::string_view, Model&, std::string& error) {
-    error = "this format is read through the assimp library, which this build leaves out";
+    error = "this format requires the assimp library, which this build does not include";
     return false;
 }

@@ -1,4 +1,4 @@
-// Opens a model file of any format known here: the way from the file's bytes to its reader.
+// Opens a model file of any supported format: reads its bytes and selects its reader.
 #include "provider/OpenModel.h"
 
 #include "platform/Files.h"
@@ -27,12 +27,12 @@ bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
     }
     switch (found.Format) {
     case FileFormat::ModelDocument:
-        bytes = {}; // the tape has all of it
+        bytes = {}; // the tape has its contents
         return ReadModelDocument(found.Json, DirectoryPart(path), model, error);
     case FileFormat::Gltf:
         return ReadGltfModel(found.Parts, found.Json, DirectoryPart(path), model, error);
     case FileFormat::Assimp:
-        bytes = {}; // the library reads the file itself
+        bytes = {}; // assimp reads the file itself
         return ReadAssimpModel(path, found.Ending, model, error);
     }
     return false;

@@ -30,7 +30,7 @@ MipmapLevel HalfSize(const MipmapLevel& level) {
     return half;
 }
 
-// Two neighbouring pixels along one side and how far the place is from the first to the second.
+// Two neighbouring pixels along one side, and the weight of the second.
 struct Neighbours {
     uint32_t First;
     uint32_t Second;
@@ -39,11 +39,11 @@ struct Neighbours {
 
 Neighbours NeighboursAt(double coordinate, uint32_t size) {
     double part = coordinate - std::floor(coordinate);
-    // Neither a number nor a part of one is left of infinities and of the largest numbers.
+    // Infinities give NaN, and rounding can give 1.
     if (!(part >= 0.0 && part < 1.0)) {
         part = 0.0;
     }
-    // Pixels have their colour in their middle.
+    // The colour of a pixel is that of its centre.
     const double place = part * size + size - 0.5;
     const auto first = static_cast<uint32_t>(place);
     return {first % size, (first + 1) % size, static_cast<float>(place - first)};
@@ -62,7 +62,7 @@ Mipmaps MakeMipmaps(const Texture& texture) {
 
 Colour SampleMipmaps(const Mipmaps& mipmaps, double u, double v, double texelsPerPixel) {
     size_t number = 0;
-    // False for what isn't a number.
+    // False for NaN.
     if (texelsPerPixel > 1.0) {
         const auto last = static_cast<double>(mipmaps.Levels.size() - 1);
         number = static_cast<size_t>(std::min(std::round(std::log2(texelsPerPixel)), last));

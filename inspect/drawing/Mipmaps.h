@@ -1,4 +1,4 @@
-// A picture in ever smaller sizes, and colours taken from it.
+// Mipmaps of a picture, and colours sampled from them.
 #pragma once
 
 #include "inspect/stored/Textures.h"
@@ -16,13 +16,13 @@ struct MipmapLevel {
     std::vector<uint8_t> Pixels; // Red, green, blue, alpha; rows from the top.
 };
 
-// Each level half the size of the one before, rounded down, the last a single pixel.
+// Each level has half the size of the previous one, rounded down. The last is a single pixel.
 struct Mipmaps {
     std::vector<MipmapLevel> Levels;
 };
 
 Mipmaps MakeMipmaps(const Texture& texture);
 
-// The colour at (u, v), the picture repeating, v growing downwards. texelsPerPixel tells how many pixels
-// of the picture one of the screen covers, along a side: the level is the one that comes closest.
+// The colour at (u, v). The picture repeats, and v grows downwards. texelsPerPixel is the number of
+// picture pixels along a side of a screen pixel; it selects the closest level.
 Colour SampleMipmaps(const Mipmaps& mipmaps, double u, double v, double texelsPerPixel);

@@ -1,6 +1,6 @@
-// Edge functions on whole numbers (Juan Pineda, 1988), with the rule of left and upper edges; values
-// over the triangle are planes in screen space, divided by the nearness for perspective. Tiles that the
-// triangle is behind all over are passed by (Ned Greene and others, 1993, with two levels).
+// Edge functions on whole numbers (Juan Pineda, 1988), with the top-left rule. Values over a triangle
+// are planes in screen space, divided by the nearness for perspective. Tiles that hide their part of
+// the triangle completely are skipped (Ned Greene and others, 1993, with two levels).
 #include "inspect/drawing/Rasteriser.h"
 
 #include <algorithm>
@@ -14,8 +14,8 @@ namespace {
 constexpr int64_t Steps = 256;
 constexpr int64_t HalfPixel = Steps / 2;
 
-// The part of what is behind a pixel's clear surfaces that isn't worth drawing: a quarter of a byte's
-// step.
+// The least share of what is behind a pixel's blended surfaces that is worth drawing: a quarter of a
+// byte's step.
 constexpr float LeastThrough = 1.0F / 1024;
 
 int64_t TilesAlong(int64_t pixels) {
@@ -33,7 +33,7 @@ GridPoint ToGrid(const ScreenCorner& corner) {
 
 // Above 0 on the inner side of the edge from one corner to the next.
 struct Edge {
-    int64_t Value; // At the pixel centre looked at.
+    int64_t Value; // At the current pixel centre.
     int64_t StepX; // To the next pixel on the right.
     int64_t StepY; // To the next row.
 };
@@ -42,21 +42,22 @@ Edge MakeEdge(GridPoint from, GridPoint to, GridPoint start) {
     const int64_t dx = to.X - from.X;
     const int64_t dy = to.Y - from.Y;
     int64_t value = dx * (start.Y - from.Y) - dy * (start.X - from.X);
-    // Going clockwise with y down, upper edges go right and left edges go up: they keep their pixels.
+    // With clockwise corners and y down, upper edges go right and left edges go up. They keep their
+    // pixels.
     const bool keepsPixels = dy < 0 || (dy == 0 && dx > 0);
     value -= keepsPixels ? 0 : 1;
     return {value, -dy * Steps, dx * Steps};
 }
 
-// A value over the screen: At a pixel's centre, with steps to the next pixels.
+// A value that is linear over the screen: at a pixel centre, with steps to the next pixels.
 struct Plane {
     double Start;
     double StepX;
     double StepY;
 };
 
-// What the planes over one triangle are made from: its edges from its first corner, and the middle of
-// its first pixel from there. [Units: pixels]
+// The input for the planes over one triangle: its edges from its first corner, and the centre of its
+// first pixel relative to that corner. [Units: pixels]
 struct PlaneFrame {
     double X1, Y1, X2, Y2;
     double Area; // Twice the triangle's, above 0.
@@ -75,7 +76,7 @@ double ValueAt(const Plane& plane, double column, double row) {
     return plane.Start + plane.StepX * column + plane.StepY * row;
 }
 
-// All values that are needed over one triangle; U, V and Light are over the distance.
+// The values over one triangle. U, V and Light are divided by the distance.
 struct Planes {
     Plane Nearness;
     Plane U;
@@ -83,7 +84,7 @@ struct Planes {
     Plane Light;
 };
 
-// How many pixels of the picture lie along the longer side of one of the screen.
+// The number of picture pixels along the longer side of a screen pixel.
 double TexelsPerPixel(const Planes& planes, const Mipmaps& picture, double u, double v,
                       double nearness) {
     const auto width = static_cast<double>(picture.Levels[0].Width);
@@ -122,20 +123,20 @@ void DrawPixel(const Planes& planes, const Surface& surface, double column, doub
     }
 }
 
-// The first pixel whose centre isn't before the place.
+// The first pixel whose centre is at or after the place.
 int64_t FirstPixel(int64_t place) {
     return (place + HalfPixel - 1) / Steps;
 }
 
-// A triangle as it is drawn: the part of its box within the canvas, in pixels, and what is needed from
-// its upper left pixel on.
+// A triangle to draw: its bounding box within the canvas, in pixels, and its values from the upper left
+// pixel on.
 struct Triangle {
     int64_t Left, Top, Right, Bottom;
     std::array<Edge, 3> Edges;
     Planes Values;
 };
 
-// Nothing if it isn't seen.
+// Nothing if the triangle is not visible.
 std::optional<Triangle> MakeTriangle(const Canvas& canvas, const std::array<ScreenCorner, 3>& corners) {
     const GridPoint a = ToGrid(corners[0]);
     const GridPoint b = ToGrid(corners[1]);
@@ -175,13 +176,13 @@ std::optional<Triangle> MakeTriangle(const Canvas& canvas, const std::array<Scre
          MakePlane(frame, p.Light * p.Nearness, q.Light * q.Nearness, r.Light * r.Nearness)}};
 }
 
-// Columns, the last one left out.
+// Columns or rows, without End.
 struct Span {
     int64_t First;
     int64_t End;
 };
 
-// The pixels of a row, out of the first ones up to the width, that are on the inner side of all edges.
+// The pixels of a row, of the first width ones, that are inside all edges.
 Span PixelsOfRow(const std::array<Edge, 3>& edges, int64_t width) {
     Span span = {0, width};
     for (const Edge& edge : edges) {
@@ -196,18 +197,19 @@ Span PixelsOfRow(const std::array<Edge, 3>& edges, int64_t width) {
     return span;
 }
 
-// The most that the plane reaches in these columns and rows.
+// The largest value of the plane in these columns and rows.
 double MostWithin(const Plane& plane, Span columns, Span rows) {
     return ValueAt(plane, static_cast<double>(plane.StepX > 0 ? columns.End - 1 : columns.First),
                    static_cast<double>(plane.StepY > 0 ? rows.End - 1 : rows.First));
 }
 
-// Counts what a triangle did in a tile, and looks anew for its farthest pixel when as many have been
-// looked at since the last time as that costs.
-void CountLooks(Canvas& canvas, Tile& tile, int64_t column, int64_t row, uint32_t looks, bool changed) {
-    tile.Looks += looks;
+// Counts the pixels visited in a tile. Searches for the farthest pixel again when the visits since the
+// last search equal the cost of a search.
+void CountVisits(Canvas& canvas, Tile& tile, int64_t column, int64_t row, uint32_t visits,
+                 bool changed) {
+    tile.Visits += visits;
     tile.HasChanged = tile.HasChanged || changed;
-    if (!tile.HasChanged || tile.Looks < TileSide * TileSide) {
+    if (!tile.HasChanged || tile.Visits < TileSide * TileSide) {
         return;
     }
     const int64_t right = std::min<int64_t>(column + TileSide, canvas.Width);
@@ -222,15 +224,15 @@ void CountLooks(Canvas& canvas, Tile& tile, int64_t column, int64_t row, uint32_
     tile = {farthest, 0, false};
 }
 
-// A row of tiles, as far as the triangle reaches into it: rows from the triangle's first one, and the
-// pixels of each, columns from the triangle's first one.
+// The part of a triangle in a row of tiles: rows from the triangle's first one, and the pixels of each,
+// with columns from the triangle's first one.
 struct TileRow {
     Span Rows;
     std::array<Span, TileSide> Pixels; // of each row, from the first one of Rows
     Span Columns;                      // of all rows together; empty if none has a pixel
 };
 
-// Takes the edges from the first row to the one behind the last.
+// Advances the edges from the first row to the one after the last.
 TileRow MakeTileRow(const Triangle& triangle, Span rows, std::array<Edge, 3>& edges) {
     const int64_t width = triangle.Right - triangle.Left;
     TileRow tiles = {rows, {}, {width, 0}};
@@ -248,13 +250,13 @@ TileRow MakeTileRow(const Triangle& triangle, Span rows, std::array<Edge, 3>& ed
     return tiles;
 }
 
-// What was done in one tile.
+// The result of visiting one tile.
 struct Visit {
-    uint32_t Looks = 0; // pixels looked at
+    uint32_t Pixels = 0; // pixels visited
     bool HasChanged = false;
 };
 
-// ForEachNearer for these columns of a row of tiles.
+// ForEachNearer within these columns of a row of tiles.
 template <typename Use> Visit VisitTile(const Canvas& canvas, const Triangle& triangle,
                                         const TileRow& tiles, Span columns, Use use) {
     Visit visit;
@@ -262,7 +264,7 @@ template <typename Use> Visit VisitTile(const Canvas& canvas, const Triangle& tr
         const Span pixels = tiles.Pixels[static_cast<size_t>(y - tiles.Rows.First)];
         const int64_t end = std::min(pixels.End, columns.End);
         const auto row = static_cast<double>(y);
-        for (int64_t x = std::max(pixels.First, columns.First); x < end; ++x, ++visit.Looks) {
+        for (int64_t x = std::max(pixels.First, columns.First); x < end; ++x, ++visit.Pixels) {
             const auto column = static_cast<double>(x);
             const double nearness = ValueAt(triangle.Values.Nearness, column, row);
             const auto place = static_cast<size_t>(triangle.Top + y) * canvas.Width +
@@ -275,8 +277,8 @@ template <typename Use> Visit VisitTile(const Canvas& canvas, const Triangle& tr
     return visit;
 }
 
-// Calls use(place, column, row, nearness) for each pixel of the triangle that is nearer than what is
-// there. Its result is whether it has changed the canvas's nearness.
+// Calls use(place, column, row, nearness) for each pixel of the triangle that is nearer than the canvas
+// there. use returns whether it changed the canvas's nearness.
 template <typename Use> void ForEachNearer(Canvas& canvas, const Triangle& triangle, Use use) {
     std::array<Edge, 3> edges = triangle.Edges;
     for (int64_t top = triangle.Top; top < triangle.Bottom;) {
@@ -293,8 +295,8 @@ template <typename Use> void ForEachNearer(Canvas& canvas, const Triangle& trian
             const double most = MostWithin(triangle.Values.Nearness, columns, tiles.Rows);
             if (static_cast<float>(most) > tile.Farthest) {
                 const Visit visit = VisitTile(canvas, triangle, tiles, columns, use);
-                CountLooks(canvas, tile, tileColumn * TileSide, tileRow * TileSide, visit.Looks,
-                           visit.HasChanged);
+                CountVisits(canvas, tile, tileColumn * TileSide, tileRow * TileSide, visit.Pixels,
+                            visit.HasChanged);
             }
         }
         top = bottom;
@@ -347,7 +349,7 @@ void HideBehindTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corne
         veil.Nearness = std::min(veil.Nearness, static_cast<float>(nearness));
         const bool isClosed = veil.Through < LeastThrough;
         if (isClosed) {
-            // Just behind all of them, so that they are drawn themselves.
+            // Just behind all of them, so that they are still drawn.
             canvas.Nearness[place] =
                 std::max(canvas.Nearness[place], std::nextafter(veil.Nearness, 0.0F));
         }

@@ -1,7 +1,7 @@
-// Fills triangles into a picture with a depth for each pixel.
+// Draws triangles into a picture with a depth per pixel.
 //
 // Screen space: pixels, x to the right, y down, pixel centres at halves. Work is proportional to each
-// triangle's pixels, less those of tiles that it is behind all over.
+// triangle's pixels, except those in tiles that hide it completely.
 #pragma once
 
 #include "inspect/drawing/Mipmaps.h"
@@ -15,24 +15,24 @@
 constexpr int64_t TileSide = 16;
 
 struct Tile {
-    float Farthest = 0;      // No pixel's nearness is less.
-    uint32_t Looks = 0;      // Pixels looked at since Farthest was found.
-    bool HasChanged = false; // A pixel's nearness, since then.
+    float Farthest = 0;      // Lower bound of its pixels' nearness.
+    uint32_t Visits = 0;     // Pixels visited since Farthest was set.
+    bool HasChanged = false; // Whether a pixel's nearness has, since then.
 };
 
-// The blended surfaces that a pixel has been hidden behind.
+// The blended surfaces that hide a pixel.
 struct Veil {
-    float Through = 1; // The part that shows through of what is behind them all.
-    float Nearness = std::numeric_limits<float>::infinity(); // Of the farthest.
+    float Through = 1; // The share of what is behind them that shows through.
+    float Nearness = std::numeric_limits<float>::infinity(); // Of the farthest one.
 };
 
 struct Canvas {
     uint32_t Width = 0; // Pixels.
     uint32_t Height = 0;
     std::vector<std::array<float, 3>> Colours; // Red, green, blue from 0 to 1; rows from the top.
-    std::vector<float> Nearness;               // 1 / distance of what is drawn there; 0 for nothing.
+    std::vector<float> Nearness;               // 1 / distance of the surface there; 0 for none.
     std::vector<Tile> Tiles;                   // Rows from the top.
-    std::vector<Veil> Veils;                   // Empty before the first blended one.
+    std::vector<Veil> Veils;                   // Empty before the first blended surface.
 };
 
 Canvas BlackCanvas(uint32_t width, uint32_t height);
@@ -43,21 +43,21 @@ struct ScreenCorner {
     double Nearness; // 1 / distance, above 0.
     double U;
     double V;
-    double Light; // What the colour is multiplied by.
+    double Light; // Factor of the colour.
 };
 
 struct Surface {
-    Colour BaseColour;                // Multiplied with the picture's colour.
+    Colour BaseColour;                // Multiplied by the picture's colour.
     const Mipmaps* Picture = nullptr; // Null for none.
-    bool IsBlended = false;           // Mixed by its alpha, and not in the way of what comes later.
+    bool IsBlended = false;           // Blended by its alpha; hides nothing.
 };
 
-// Draws what is nearer than all that is there. Only triangles whose corners go clockwise on the screen
-// are drawn; pixels on an edge shared by two of them belong to one.
+// Draws the pixels that are nearer than the canvas. Only triangles with clockwise corners on the screen
+// are drawn. Pixels on a shared edge belong to one of the two triangles.
 void DrawTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corners, const Surface& surface);
 
-// Lets nothing be drawn any more that is, or all but is, behind this triangle and the blended ones for
-// which the same was called before; the triangles themselves are still drawn. It does the most when
-// called from near to far; for blended ones, when all others have been drawn.
+// Excludes from drawing what is hidden, or almost hidden, by this triangle and by the blended ones of
+// earlier calls. The triangles themselves are still drawn. Most effective in calls from near to far,
+// and for blended triangles after all others are drawn.
 void HideBehindTriangle(Canvas& canvas, const std::array<ScreenCorner, 3>& corners,
                         const Surface& surface);

@@ -1,6 +1,6 @@
-// Draws at twice the size and averages: opaque triangles in the order of the file, then the others from
-// far to near. Before that, large opaque triangles and then the others are laid down from near to far
-// without their colours, so that what they hide needn't be drawn.
+// Draws at twice the size and averages: opaque triangles in the order of the file, then blended ones
+// from far to near. Before each kind, the large opaque or the blended triangles are entered from near
+// to far without colours, so that what they hide is not drawn.
 #include "inspect/drawing/ScenePicture.h"
 
 #include "inspect/drawing/Rasteriser.h"
@@ -13,16 +13,16 @@ namespace {
 
 constexpr uint32_t Oversampling = 2; // Along each side.
 
-// What a surface gets from everywhere, and what it gets besides when it faces the light.
+// The light on every surface, and the additional light on one that faces the light source.
 constexpr double AmbientLight = 0.58;
 constexpr double DirectLight = 0.52;
-// In view space: from above the eye's left shoulder.
+// In view space: from above, behind and left of the eye.
 constexpr Vector LightInView = {-0.45, 0.75, -0.6};
 
 constexpr std::array<float, 3> SkyAtTop = {0.62F, 0.74F, 0.86F};
 constexpr std::array<float, 3> SkyAtBottom = {0.94F, 0.95F, 0.95F};
 
-// In pixels of the canvas: opaque triangles that are larger along a side may hide much.
+// Canvas pixels: opaque triangles that are larger along a side may hide much.
 constexpr double LargeSide = 32;
 
 struct DrawnMesh {
@@ -67,7 +67,7 @@ Vector TriangleNormal(const std::array<const StoredVertex*, 3>& corners) {
         Cross({b[0] - a[0], b[1] - a[1], b[2] - a[2]}, {c[0] - a[0], c[1] - a[1], c[2] - a[2]}));
 }
 
-// The vertex's own normal, if it has one that points to the triangle's side.
+// The vertex's own normal, if it points to the triangle's side.
 Vector CornerNormal(const StoredVertex& vertex, const Vector& triangleNormal) {
     const Vector normal = Normalized(ToVector(vertex.Normal));
     return Dot(normal, triangleNormal) > 0.0 ? normal : triangleNormal;
@@ -113,7 +113,7 @@ struct PlacedTriangle {
     std::array<ScreenPlace, 3> Places;
 };
 
-// Calls use(triangle) for all triangles of the mesh but those with a corner nowhere.
+// Calls use(triangle) for all triangles of the mesh with finite corners.
 template <typename Use> void ForEachTriangle(const View& view, const DrawnMesh& mesh, Use use) {
     const std::vector<StoredVertex>& vertices = mesh.Mesh->Vertices;
     std::vector<ScreenPlace> places;
@@ -124,14 +124,14 @@ template <typename Use> void ForEachTriangle(const View& view, const DrawnMesh& 
     const std::vector<uint32_t>& indices = mesh.Mesh->Indices;
     for (size_t first = 0; first < indices.size(); first += 3) {
         PlacedTriangle triangle = {&mesh, {}, {}};
-        bool isSomewhere = true;
+        bool isFinite = true;
         for (size_t corner = 0; corner < 3; ++corner) {
             const uint32_t index = indices[first + corner];
             triangle.Vertices[corner] = &vertices[index];
             triangle.Places[corner] = places[index];
-            isSomewhere = isSomewhere && IsPlace(vertices[index].Position);
+            isFinite = isFinite && IsFinite(vertices[index].Position);
         }
-        if (isSomewhere) {
+        if (isFinite) {
             use(triangle);
         }
     }
@@ -174,7 +174,7 @@ void SortFromFarToNear(std::vector<PlacedTriangle>& triangles) {
         [&](const PlacedTriangle& a, const PlacedTriangle& b) { return nearness(a) < nearness(b); });
 }
 
-// Of triangles sorted from far to near.
+// Takes triangles sorted from far to near.
 void HideBehind(Drawing& drawing, const std::vector<PlacedTriangle>& triangles) {
     for (auto triangle = triangles.rbegin(); triangle != triangles.rend(); ++triangle) {
         DrawWith(HideBehindTriangle, drawing, *triangle);

@@ -1,10 +1,10 @@
-// A picture of a scene from a corner above: textured, lit from beside the eye, on a plain background.
+// A picture of a scene, seen from the front, above and right: textured and lit, on a plain background.
 #pragma once
 
 #include "inspect/stored/StoredScene.h"
 #include "inspect/stored/Textures.h"
 
-// Pixels per side of the largest picture that is drawn, which takes up to 2 GB.
+// Largest side of a picture, in pixels. Drawing it takes up to 2 GB.
 constexpr uint32_t LargestDrawingSide = 4096;
 
 // Of a ScenePicture.
@@ -16,7 +16,7 @@ struct ScenePicture {
     std::vector<uint8_t> Pixels; // Red, green, blue; rows from the top.
 };
 
-// Both sides from 1 to LargestDrawingSide. Triangles with a position that isn't finite are left out, and
-// node matrices aren't applied: in a finished scene they are the identity.
+// width and height are 1 to LargestDrawingSide. Triangles with a non-finite position are omitted. Node
+// matrices are not applied: in a finished scene they are the identity.
 ScenePicture DrawScene(const StoredScene& scene, TextureShelf& textures, uint32_t width,
                        uint32_t height);

@@ -1,6 +1,5 @@
-// Frames a scene. For a given direction the picture's four edges are planes through the eye; each point
-// pushes one plane of each pair furthest out, and where the planes meet is the nearest eye that sees
-// all.
+// Frames a scene. For a given direction the picture's four edges are planes through the eye. The points
+// push each plane outwards, and the nearest eye that sees all points is where the planes meet.
 #include "inspect/drawing/View.h"
 
 #include <algorithm>
@@ -13,9 +12,9 @@ namespace {
 constexpr Vector TowardsEye = {0.62, 0.5, -0.9};
 // Height of the picture over distance, for half the picture. 0.27 is a short telephoto lens.
 constexpr double HalfSlope = 0.27;
-// The part of the picture that is left free along each edge.
+// The share of the picture that stays free along each edge.
 constexpr double Margin = 0.04;
-// In sizes of the scene: keeps the nearest point off the eye.
+// Share of the scene's size: keeps the nearest point away from the eye.
 constexpr double NearDistance = 1e-3;
 
 constexpr double Lowest = -std::numeric_limits<double>::infinity();
@@ -38,7 +37,7 @@ template <typename Use> void ForEachUsedPosition(const StoredScene& scene, Use u
                 isUsed[index] = true;
             }
             for (size_t vertex = 0; vertex < mesh.Vertices.size(); ++vertex) {
-                if (isUsed[vertex] && IsPlace(mesh.Vertices[vertex].Position)) {
+                if (isUsed[vertex] && IsFinite(mesh.Vertices[vertex].Position)) {
                     use(mesh.Vertices[vertex].Position);
                 }
             }
@@ -79,7 +78,7 @@ Vector ToVector(const std::array<float, 3>& position) {
             static_cast<double>(position[2])};
 }
 
-bool IsPlace(const std::array<float, 3>& position) {
+bool IsFinite(const std::array<float, 3>& position) {
     return std::isfinite(position[0]) && std::isfinite(position[1]) && std::isfinite(position[2]);
 }
 
@@ -92,7 +91,7 @@ View FrameScene(const StoredScene& scene, double width, double height) {
     view.Eye = {0, 0, 0};
     view.MiddleX = width / 2;
     view.MiddleY = height / 2;
-    // The narrower side has the slope.
+    // HalfSlope is that of the shorter side.
     view.PixelsPerSlope = std::min(width, height) / 2 / HalfSlope;
 
     const double slopeX = (1 - 2 * Margin) * width / 2 / view.PixelsPerSlope;

@@ -1,7 +1,8 @@
-// Where a picture of a scene is taken from: a corner above it, from where all of it just fits.
+// The viewpoint of a picture: above a corner of the scene, where all of it just fits.
 //
-// Scene space: left-handed, Y up. View space: x to the right, y up, z away from the eye, which is at the
-// origin. Screen space: pixels, x to the right, y down, (0, 0) the upper left corner of the picture.
+// Scene space: left-handed, Y up. View space: x to the right, y up, z away from the eye, which is at
+// the origin. Screen space: pixels, x to the right, y down, (0, 0) the upper left corner of the
+// picture.
 #pragma once
 
 #include "inspect/stored/StoredScene.h"
@@ -21,16 +22,15 @@ struct View {
 };
 
 double Dot(const Vector& a, const Vector& b);
-Vector Cross(const Vector& a, const Vector& b); // By the usual formula, whatever the axes.
-// The zero vector if there is no length, or none that is finite.
+Vector Cross(const Vector& a, const Vector& b); // By the usual formula, in any axes.
+// The zero vector if the length is 0 or not finite.
 Vector Normalized(const Vector& vector);
 Vector ToVector(const std::array<float, 3>& position);
-// Whether all three numbers are finite.
-bool IsPlace(const std::array<float, 3>& position);
+bool IsFinite(const std::array<float, 3>& position);
 
-// The view for a picture of this many pixels that holds every vertex that a triangle uses and that has a
-// finite position, with a margin. Without any, a view of the origin.
+// The view for a picture of this size in pixels. It contains, with a margin, every vertex that a
+// triangle uses and that has a finite position. Without any, a view of the origin.
 View FrameScene(const StoredScene& scene, double width, double height);
 
-// A point of the scene in view space. z is above 0 for everything that was framed.
+// A point of the scene in view space. z is above 0 for all framed points.
 Vector ToView(const View& view, const std::array<float, 3>& position);

@@ -1,4 +1,4 @@
-// Lays the scene out as a glTF model and lets tinygltf write it.
+// Builds a glTF model of the scene and writes it through tinygltf.
 #include "inspect/gltf/GltfExport.h"
 
 #include "inspect/gltf/GltfMesh.h"
@@ -18,7 +18,7 @@ namespace {
 
 // Bytes: the format keeps all lengths in 32 bits.
 constexpr uint64_t LargestFile = UINT32_MAX;
-// Bytes: buffer views of pictures and of all else begin at a multiple of this.
+// Bytes: every buffer view begins at a multiple of this.
 constexpr size_t Alignment = 4;
 
 struct Export {
@@ -33,7 +33,7 @@ template <typename List> int LastOf(const List& list) {
     return static_cast<int>(list.size()) - 1;
 }
 
-// A value of a byte of the screen's scale as the light that it stands for.
+// Linear light of a screen value (sRGB), 0 to 1.
 double LinearLight(float value) {
     const auto screen = static_cast<double>(value);
     return screen <= 0.04045 ? screen / 12.92 : std::pow((screen + 0.055) / 1.055, 2.4);
@@ -66,7 +66,7 @@ tinygltf::Accessor& AddAccessor(Export& gltf, int view, size_t offset, size_t co
     return gltf.Model.accessors.back();
 }
 
-// -1 if there is no picture.
+// Returns -1 without a picture.
 int TextureFor(Export& gltf, const std::u16string& path, const Texture* picture) {
     if (picture == nullptr) {
         return -1;
@@ -140,7 +140,7 @@ tinygltf::Primitive MakePrimitive(Export& gltf, const GltfMesh& mesh, const Stor
     primitive.attributes["POSITION"] = LastOf(gltf.Model.accessors);
     addVertexField(vertices, offsetof(StoredVertex, Normal), TINYGLTF_TYPE_VEC3);
     primitive.attributes["NORMAL"] = LastOf(gltf.Model.accessors);
-    // Coordinates that nothing asks for would be dead weight in other programs.
+    // Without a texture, coordinates would only burden other programs.
     if (gltf.Model.materials[static_cast<size_t>(primitive.material)]
             .pbrMetallicRoughness.baseColorTexture.index >= 0) {
         addVertexField(vertices, offsetof(StoredVertex, U), TINYGLTF_TYPE_VEC2);
@@ -170,7 +170,7 @@ void AddNode(Export& gltf, const StoredNode& stored) {
         gltf.Model.meshes.push_back(std::move(mesh));
         node.mesh = LastOf(gltf.Model.meshes);
     } else if (node.name.empty() && node.children.empty()) {
-        // A node with nothing at all to tell would be written as null.
+        // tinygltf writes a node without members as null.
         node.name = "node " + std::to_string(gltf.Model.nodes.size());
     }
     gltf.Model.nodes.push_back(std::move(node));

@@ -1,4 +1,4 @@
-// Copies the triangles that glTF can hold and repairs their normals.
+// Copies the triangles that glTF allows and repairs their normals.
 #include "inspect/gltf/GltfMesh.h"
 
 #include <cmath>
@@ -10,7 +10,7 @@ namespace {
 using Vector = std::array<double, 3>;
 
 constexpr uint32_t NotUsed = std::numeric_limits<uint32_t>::max();
-// How far from 1 the length of a normal may be and still pass for a unit vector.
+// The largest deviation from 1 of a unit normal's length.
 constexpr double UnitTolerance = 1e-3;
 
 bool IsFinite(const StoredVertex& vertex) {
@@ -25,8 +25,8 @@ double Length(const Vector& vector) {
     return std::sqrt(vector[0] * vector[0] + vector[1] * vector[1] + vector[2] * vector[2]);
 }
 
-// Points to the side that the triangle is seen from, in glTF's axes. Without length for a triangle
-// without area.
+// Points to the visible side of the triangle, in glTF's axes. Has no length if the triangle has no
+// area.
 Vector TriangleNormal(const GltfMesh& mesh, std::span<const uint32_t> triangle) {
     const auto edge = [&](size_t corner) {
         Vector result{};
@@ -41,7 +41,7 @@ Vector TriangleNormal(const GltfMesh& mesh, std::span<const uint32_t> triangle) 
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-// Gives false for a vector without length.
+// Returns false for a vector without length.
 bool SetNormal(const Vector& direction, StoredVertex& vertex) {
     const double length = Length(direction);
     if (!(length > 0.0) || !std::isfinite(length)) {
@@ -89,7 +89,7 @@ GltfMesh MakeGltfMesh(const StoredMesh& mesh) {
         if (newPosition[position] == NotUsed) {
             newPosition[position] = static_cast<uint32_t>(result.Vertices.size());
             StoredVertex vertex = mesh.Vertices[position];
-            // A zero shall not become a negative one.
+            // Keeps zeros positive.
             vertex.Position[2] = 0.0F - vertex.Position[2];
             vertex.Normal[2] = 0.0F - vertex.Normal[2];
             result.Vertices.push_back(vertex);

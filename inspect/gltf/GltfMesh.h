@@ -1,4 +1,4 @@
-// One stored mesh made fit for glTF: finite, right-handed, with normals of unit length.
+// A stored mesh converted for glTF: finite, right-handed, with normals of unit length.
 #pragma once
 
 #include "inspect/stored/StoredScene.h"
@@ -7,8 +7,8 @@
 
 struct GltfMesh {
     std::vector<StoredVertex> Vertices; // Those that a triangle uses, Z negated.
-    std::vector<uint32_t> Indices;      // Into Vertices, each triangle turned.
-    uint64_t TrianglesLeftOut = 0;      // Those with a number that isn't finite.
+    std::vector<uint32_t> Indices;      // Into Vertices, each triangle reversed.
+    uint64_t TrianglesLeftOut = 0;      // Those with a non-finite number.
 };
 
 GltfMesh MakeGltfMesh(const StoredMesh& mesh);

@@ -1,4 +1,4 @@
-// Walks both trees side by side, with a stack of its own.
+// Walks both trees in parallel, with an explicit stack.
 #include "inspect/report/SceneDiff.h"
 
 #include "inspect/stored/Wording.h"
@@ -14,7 +14,7 @@ struct Comparison {
     std::u16string Place; // Node and mesh being compared.
 };
 
-// values() gives the words for both sides and is called for the first difference only.
+// values() returns the texts for both sides. It is called for the first difference only.
 template <typename Values>
 void Report(Comparison& comparison, const std::u16string& field, Values values) {
     ++comparison.Differences.Count;
@@ -43,8 +43,8 @@ template <size_t Count> std::u16string Bits(const std::array<float, Count>& valu
     return text;
 }
 
-// The field's name has its own operation, as naming every vertex that is the same would take longer than
-// comparing it.
+// name() returns the field's name. It is called for differences only: naming every vertex would take
+// longer than comparing it.
 template <size_t Count, typename Name> void CompareFloats(Comparison& comparison, Name name,
                                                           const std::array<float, Count>& here,
                                                           const std::array<float, Count>& there) {
@@ -53,7 +53,7 @@ template <size_t Count, typename Name> void CompareFloats(Comparison& comparison
     }
     Report(comparison, name(), [&] {
         const std::pair words(Numbers(here), Numbers(there));
-        // Two values that aren't a number can read alike.
+        // Different NaNs have the same text.
         return words.first == words.second ? std::pair(Bits(here), Bits(there)) : words;
     });
 }

@@ -1,4 +1,4 @@
-// Puts the summary into JSON with nlohmann's library.
+// Writes the summary as JSON with nlohmann's library.
 #include "inspect/report/SceneJson.h"
 
 #include "inspect/stored/Wording.h"
@@ -15,8 +15,7 @@ using Json = nlohmann::ordered_json;
 // Spaces per level.
 constexpr int IndentWidth = 2;
 
-// The double that is written with the fewest digits which give the float back: 0.2 and not
-// 0.20000000298.
+// The double with the fewest digits that reads back as the float: 0.2 instead of 0.20000000298.
 double ShortestDouble(float value) {
     char digits[64];
     *std::to_chars(digits, digits + sizeof digits - 1, value).ptr = '\0';

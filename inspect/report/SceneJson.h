@@ -5,9 +5,9 @@
 
 #include <string>
 
-// One JSON object in UTF-8, closed by LF. "sound" is true; the other keys are those of
-// docs/scene-inspect.md.
+// One JSON object in UTF-8, with a final LF. "sound" is true; docs/scene-inspect.md describes the other
+// keys.
 std::string SummaryJson(const SceneSummary& summary);
 
-// The same for a file that isn't sound: "sound" is false, "offset" and "reason" tell the fault.
+// The same for a file that is not sound: "sound" is false, "offset" and "reason" describe the fault.
 std::string FaultJson(const SceneFault& fault);

@@ -1,4 +1,4 @@
-// Gathers the facts in one pass, a node or a mesh at a time.
+// Collects the facts in one pass, a node or a mesh at a time.
 #include "inspect/report/SceneSummary.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Words the tree while it is read.
+// Writes the tree as text while it is read.
 #include "inspect/report/SceneTree.h"
 
 #include "inspect/stored/Wording.h"
@@ -7,15 +7,15 @@
 
 namespace {
 
-// Levels. Deeper nodes stay at this indent and tell their level instead, lest the text of a chain grow
-// with the square of its length.
+// Levels. Deeper nodes keep this indent and show their level instead, so that the text of a chain does
+// not grow with the square of its length.
 constexpr uint64_t DeepestIndent = 32;
 
 std::u16string Indent(uint64_t level) {
     return std::u16string(static_cast<size_t>(std::min(level, DeepestIndent)) * 2, u' ');
 }
 
-// The numbers of the node and, below, of the mesh are counted from 0, as in the file.
+// The numbers of nodes and, below, of meshes count from 0, as in the file.
 std::u16string NodeLine(const StoredNode& node, uint64_t number, uint64_t depth, size_t meshes,
                         size_t children) {
     std::u16string line = Indent(depth - 1) + Number(number);

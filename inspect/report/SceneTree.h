@@ -1,13 +1,13 @@
-// The node tree in words, for people.
+// The node tree as text.
 #pragma once
 
 #include "inspect/stored/SceneReader.h"
 
 #include <string>
 
-// One line per node and mesh, indented by their level; nodes with their numbers in the file.
+// One line per node and mesh, indented by level. Nodes have their numbers in the file.
 std::u16string TreeText(const StoredScene& scene);
 
-// The same without the scene in memory. Gives the fault if the file isn't sound; the text is then of the
-// part before it.
+// The same for a scene that is read part by part. Returns the fault if the file is not sound; the text
+// then covers the part before it.
 std::optional<SceneFault> TreeText(SceneReading& reading, std::u16string& text);

@@ -1,4 +1,4 @@
-// Words the summary, one fact to a line, with the numbers in a column.
+// Writes one fact per line, with the values in a column.
 #include "inspect/report/SummaryText.h"
 
 #include "inspect/stored/Wording.h"

@@ -1,10 +1,10 @@
-// The summary in words, for people.
+// The summary as text.
 #pragma once
 
 #include "inspect/report/SceneSummary.h"
 
 #include <string>
 
-// Several lines, each closed by LF. Names from the file come in quotes, their control characters as
-// escapes.
+// Several lines, each with a final LF. Names from the file are in quotes, with control characters
+// escaped.
 std::u16string SummaryText(const SceneSummary& summary);

@@ -1,5 +1,5 @@
-// The scene file reader: one pass over the bytes, a stack of counts in place of recursion, and no memory
-// asked for beyond what the bytes met so far have filled, but for one step.
+// The scene file reader: one pass over the bytes, with a stack of counts instead of recursion. It
+// requests no more memory than the bytes read so far have filled, except for one step.
 #include "inspect/stored/SceneReader.h"
 
 #include "inspect/stored/Wording.h"
@@ -12,7 +12,7 @@
 #include <cmath>
 #include <cstring>
 
-// Numbers are taken from the file as they lie.
+// Numbers are copied from the file without conversion.
 static_assert(std::endian::native == std::endian::little);
 
 namespace {
@@ -29,15 +29,15 @@ constexpr size_t NodeSize = 340;
 constexpr size_t NodeNameSize = 256;
 constexpr size_t MeshSize = 52;
 constexpr size_t MaterialSize = 124;
-// Where the four colour floats stand in a material record.
+// Offset of the four colour floats in a material record.
 constexpr size_t ColourAt = 12;
-// The least a mesh block takes: its two records and two strings of one NUL each.
+// The smallest mesh block: its two records and two strings of one NUL each.
 constexpr size_t SmallestMeshBlock = MeshSize + MaterialSize + 2 + 2;
 constexpr size_t TriangleSize = 12;
-// How much of an array is read at a time.
+// Arrays are read in steps of this size.
 constexpr size_t StepSize = size_t{1} << 15;
 
-// A record that has been read, with its place and its name for messages.
+// A record from the file, with its offset and its name for messages.
 template <size_t RecordSize> struct Record {
     std::array<uint8_t, RecordSize> Data;
     uint64_t Start = 0;
@@ -61,7 +61,7 @@ bool Fail(SceneReading& reading, uint64_t offset, const char16_t* what, const st
     return Fail(reading, offset, what + (u": " + reason));
 }
 
-// As many of the bytes as there are; sets the fault if it is the file that fails.
+// Reads up to size bytes and returns their number. Sets the fault if the file can't be read.
 size_t Fetch(SceneReading& reading, void* to, size_t size) {
     size_t got = 0;
     if (reading.File != nullptr) {
@@ -92,7 +92,7 @@ bool Take(SceneReading& reading, const char16_t* what, Record<RecordSize>& recor
     return got == RecordSize || FailShort(reading, record.Start, what, RecordSize, got);
 }
 
-// Nothing if it isn't known.
+// Nothing if the file's size is unknown.
 std::optional<uint64_t> BytesLeft(const SceneReading& reading) {
     if (!reading.Size) {
         return std::nullopt;
@@ -100,8 +100,8 @@ std::optional<uint64_t> BytesLeft(const SceneReading& reading) {
     return *reading.Size - std::min(*reading.Size, reading.Position);
 }
 
-// Reads an array of count items and hands it over in parts: use(items, number of the first) gives false
-// if it has found a fault.
+// Reads an array of count items and passes it on in parts. use(items, number of the first) returns
+// false if it finds a fault.
 template <typename T, typename Use>
 bool TakeArray(SceneReading& reading, uint64_t count, const char16_t* what, Use use) {
     const uint64_t start = reading.Position;
@@ -125,7 +125,7 @@ bool TakeArray(SceneReading& reading, uint64_t count, const char16_t* what, Use 
     return true;
 }
 
-// Empties the vector, and makes room for count items if the file is known to have their bytes.
+// Clears the vector, and reserves memory for count items if the file is known to have their bytes.
 template <typename T> void Prepare(const SceneReading& reading, uint64_t count, std::vector<T>& values) {
     values.clear();
     if (const auto left = BytesLeft(reading); left && count * sizeof(T) <= *left) {
@@ -169,25 +169,25 @@ bool CheckOne(SceneReading& reading, const Record<RecordSize>& record, size_t at
     return CheckWord(reading, record, at, std::bit_cast<uint32_t>(1.0F), u"fixed float");
 }
 
-// The most that a count can be, and what sets the limit.
+// The largest allowed count, and the reason for the limit.
 struct Limit {
     uint64_t Most;
     const char16_t* Setter;
 };
 constexpr Limit MeshVertices = {99999, u"the most that a mesh can have"};
 
-// What no count can exceed: items of the given least size have to fit into what is left of the file
-// beside the bytes that are spoken for already. No limit if the file's size isn't known.
-Limit FileLimit(const SceneReading& reading, uint64_t spokenFor, size_t itemSize) {
+// The largest count of items of at least itemSize bytes that fit into the rest of the file, without its
+// bytes reserved for others. No limit if the file's size is unknown.
+Limit FileLimit(const SceneReading& reading, uint64_t reserved, size_t itemSize) {
     constexpr auto setter = u"the most that the rest of the file can hold";
     const auto left = BytesLeft(reading);
     if (!left) {
         return {UINT64_MAX, setter};
     }
-    return {(*left - std::min(*left, spokenFor)) / itemSize, setter};
+    return {(*left - std::min(*left, reserved)) / itemSize, setter};
 }
 
-// A signed count of the file.
+// Checks a signed count.
 template <size_t RecordSize> bool CheckCount(SceneReading& reading, const Record<RecordSize>& record,
                                              size_t at, Limit limit, const char16_t* field,
                                              uint32_t& count) {
@@ -210,7 +210,7 @@ bool ReadHeader(SceneReading& reading) {
            CheckReserved(reading, header, 8, 4);
 }
 
-// UTF-16 of length units, the last and only the last of them NUL.
+// UTF-16 of length units. The last one, and no other, must be NUL.
 bool ReadString(SceneReading& reading, uint32_t length, const char16_t* what, std::u16string& text) {
     const uint64_t start = reading.Position;
     text.clear();
@@ -239,7 +239,7 @@ template <size_t RecordSize> bool CheckLength(SceneReading& reading, const Recor
                                std::u16string(field) + u" is 0, with no room for the closing NUL");
 }
 
-// The file knows no colours but those of a byte divided by 255.
+// Every channel of a colour is a byte divided by 255.
 bool CheckColour(SceneReading& reading, const Record<MaterialSize>& record, size_t at, float& colour) {
     colour = At<float>(record.Data.data() + at);
     const float steps = colour * 255.0F;
@@ -247,7 +247,7 @@ bool CheckColour(SceneReading& reading, const Record<MaterialSize>& record, size
     return (inRange && std::round(steps) / 255.0F == colour) ||
            Fail(reading, record.Start + at, record.What,
                 u"colour " + Hex(At<uint32_t>(record.Data.data() + at), 8) +
-                    u" is no byte divided by 255");
+                    u" isn't a byte divided by 255");
 }
 
 bool ReadMaterial(SceneReading& reading, StoredMaterial& material) {
@@ -343,12 +343,12 @@ bool ReadNode(SceneReading& reading) {
     }
     node.Name.assign(name, static_cast<const char*>(nul));
     if (!CheckZero(reading, record, 4 + node.Name.size(), NodeNameSize - node.Name.size(),
-                   u"byte behind the name's NUL")) {
+                   u"byte after the name's NUL")) {
         return false;
     }
     std::memcpy(node.Matrix.data(), record.Data.data() + 260, sizeof node.Matrix);
-    // Blocks owed elsewhere in the tree lie behind this one, so their least size isn't free for it: a
-    // count that passes doesn't ask for more than the file holds, not even in sum over all nodes.
+    // Blocks owed elsewhere in the tree follow this one, so their smallest size is not available to it.
+    // Counts that pass therefore request no more than the file holds, even summed over all nodes.
     const uint64_t owed = reading.OwedNodes * NodeSize;
     return CheckReserved(reading, record, 324, 4) &&
            CheckCount(reading, record, 328, FileLimit(reading, owed, SmallestMeshBlock), u"mesh count",
@@ -366,25 +366,24 @@ ScenePart ReadEnd(SceneReading& reading) {
     uint8_t byte = 0;
     if (Fetch(reading, &byte, 1) != 0) {
         Fail(reading, end, u"end of file",
-             (left ? Number(*left) + u" " : std::u16string()) +
-                 u"bytes left over behind the last block");
+             (left ? Counted(*left, u"byte", u"bytes") : u"bytes") + u" after the last block");
     }
     return reading.Fault ? ScenePart::Fault : ScenePart::End;
 }
 
-// Where the file ends, if it can tell.
+// The size of the file, if it is known.
 std::optional<uint64_t> SizeOf(std::FILE* file) {
     long size = -1;
     if (std::fseek(file, 0, SEEK_END) == 0) {
         size = std::ftell(file);
         std::rewind(file);
     }
-    // Devices and files that the system makes up as they are read have no size although they have bytes.
+    // Devices and files that the system generates on reading have bytes but no size.
     return size > 0 ? std::optional(static_cast<uint64_t>(size)) : std::nullopt;
 }
 
 void Collect(SceneReading& reading, StoredScene& scene) {
-    // The last node on each level of the way down.
+    // The last node on each level of the current path.
     std::vector<uint32_t> path;
     for (ScenePart part = ReadPart(reading); part != ScenePart::End; part = ReadPart(reading)) {
         if (part == ScenePart::Fault) {

@@ -1,7 +1,7 @@
-// Reads a scene file back and checks every byte of it. docs/scene-file.md describes the format.
+// Reads a scene file and checks every byte of it. docs/scene-file.md describes the format.
 //
-// Time and memory are proportional to the bytes that are really there, whatever counts claim; files may
-// have any size. A shortage of memory says nothing about the file and passes as std::bad_alloc.
+// Time and memory are proportional to the bytes present, regardless of counts. Files can have any size.
+// Lack of memory says nothing about the file; it is reported as std::bad_alloc.
 #pragma once
 
 #include "inspect/stored/StoredScene.h"
@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-// The first fault met: the byte that it lies at, counted from 0, and what is wrong, in words.
+// The first fault: its byte offset, counted from 0, and a description.
 struct SceneFault {
     uint64_t Offset = 0;
     std::u16string Reason;
@@ -23,18 +23,19 @@ struct SceneFault {
 // "at byte 352: mesh record: magic is 00000000, not 42424242"
 std::u16string FaultText(const SceneFault& fault);
 
-// Gives nothing and fills scene if the bytes are a sound scene file from first to last. Otherwise gives
-// the fault and leaves scene without nodes.
+// Returns nothing and fills scene if the bytes are a sound scene file from first to last. Otherwise
+// returns the fault and leaves scene without nodes.
 std::optional<SceneFault> ReadStoredScene(std::span<const uint8_t> bytes, StoredScene& scene);
 
-// The same for a file. One that can't be opened or read is a fault as well, at the byte up to which it
+// The same for a file. A file that can't be opened or read is a fault too, at the byte up to which it
 // was read.
 std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene);
 
-// A scene being read part by part, for those who needn't have all of it in memory at once. The file is
-// known to be sound only when End has come.
+// A scene that is read part by part, for callers that don't need all of it in memory at once. The file
+// is known to be sound only after End.
 struct SceneReading {
-    // What the last step met, replaced by the next one. Parent, Children and Meshes of Node stay empty.
+    // The result of the last step; the next step overwrites it. Parent, Children and Meshes of Node
+    // stay empty.
     StoredNode Node;
     uint32_t MeshCount = 0;  // Of Node.
     uint32_t ChildCount = 0; // Of Node.
@@ -42,22 +43,22 @@ struct SceneReading {
     StoredMesh Mesh;         // Its owner is Node.
     std::optional<SceneFault> Fault;
 
-    // The rest is the reader's own.
+    // The rest is internal to the reader.
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> File = {nullptr, nullptr};
-    std::span<const uint8_t> Bytes; // In the place of File.
-    std::optional<uint64_t> Size;   // Unknown for pipes and their like.
+    std::span<const uint8_t> Bytes; // Instead of File.
+    std::optional<uint64_t> Size;   // Unknown for pipes and similar files.
     uint64_t Position = 0;
-    uint64_t OwedNodes = 1;                   // Node blocks still to come, as far as is known.
+    uint64_t OwedNodes = 1;                   // Node blocks still to come, as far as known.
     uint32_t OwedMeshes = 0;                  // Of Node.
-    std::vector<uint32_t> OwedChildren = {1}; // On each level of the way down; the root on the first.
+    std::vector<uint32_t> OwedChildren = {1}; // On each level of the path; the root on the first.
 };
 
 enum class ScenePart { Node, Mesh, End, Fault };
 
-// The bytes have to outlive the reading.
+// The bytes must outlive the reading.
 SceneReading ReadingOfBytes(std::span<const uint8_t> bytes);
 SceneReading ReadingOfFile(const std::u16string& path);
 
 // Reads the next part: each node is followed by its meshes and then by its children. After End or Fault
-// the same comes again.
+// it returns the same again.
 ScenePart ReadPart(SceneReading& reading);

@@ -1,4 +1,4 @@
-// The records of a scene file as it was read back.
+// The records of a scene file in memory.
 //
 // All coordinates are scene coordinates as stored: left-handed, Y up. Nothing is converted except the
 // byte order.
@@ -11,7 +11,7 @@
 #include <tuple>
 #include <vector>
 
-// One vertex as the file holds it. Any bit pattern is a sound number here, infinities and NaNs too.
+// One vertex as stored. Any bit pattern is allowed, infinities and NaNs too.
 struct StoredVertex {
     std::array<float, 3> Position;
     std::array<float, 3> Normal;
@@ -22,9 +22,8 @@ static_assert(sizeof(StoredVertex) == 32);
 
 struct StoredMaterial {
     std::u16string Name;        // Without the closing NUL; may be empty.
-    std::u16string TexturePath; // Likewise; empty without a texture.
-    // Red, green, blue, alpha: each one of the 256 steps of a byte between 0 and 1. Red, green and blue
-    // are 1 with a texture.
+    std::u16string TexturePath; // The same; empty without a texture.
+    // Red, green, blue, alpha: each a byte divided by 255. Red, green and blue are 1 with a texture.
     std::array<float, 4> Colour;
 };
 
@@ -42,14 +41,14 @@ struct StoredNode {
     std::vector<StoredMesh> Meshes;
 };
 
-// The tree as the file orders it, depth first: node 0 is the root, a parent stands before its children.
+// The tree in the order of the file, depth first: node 0 is the root, a parent precedes its children.
 // Parent and Children are positions in Nodes.
 struct StoredScene {
     std::vector<StoredNode> Nodes;
 };
 
-// Materials are the same if name, texture path and colour agree: the file holds nothing else to tell
-// them apart.
+// Materials are equal if name, texture path and colour are equal: the file contains nothing else to
+// distinguish them.
 using MaterialKey = std::tuple<std::u16string, std::u16string, std::array<float, 4>>;
 
 inline MaterialKey KeyOf(const StoredMaterial& material) {

@@ -1,4 +1,4 @@
-// Of the kinds of picture that can be decoded, takes those that glTF knows.
+// Accepts the picture formats that glTF allows.
 #include "inspect/stored/Textures.h"
 
 #include "inspect/stored/Wording.h"
@@ -29,7 +29,7 @@ const char* MimeTypeOf(const std::vector<uint8_t>& bytes) {
 const char16_t* Words(PictureFault fault) {
     switch (fault) {
     case PictureFault::UnknownFile:
-        return u"is no PNG or JPEG file";
+        return u"is not a PNG or JPEG file";
     case PictureFault::TooManyPixels:
         return u"has too many pixels";
     case PictureFault::Undecodable:
@@ -77,7 +77,7 @@ const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath
         if (reason != nullptr) {
             picture.reset();
             shelf.Warnings.push_back(u"texture " + Quoted(shelf.Directory + name) + u" " + reason +
-                                     u"; what bears it is left without one");
+                                     u" and is omitted");
         }
     }
     return picture ? &*picture : nullptr;

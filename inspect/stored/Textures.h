@@ -1,5 +1,4 @@
-// The pictures that a scene's texture paths mean, found by the last component of the path in one
-// directory.
+// The texture files of a scene, found in one directory by the last component of the texture path.
 #pragma once
 
 #include <cstdint>
@@ -19,16 +18,16 @@ struct Texture {
 };
 
 struct TextureShelf {
-    std::u16string Directory; // With its closing separator; empty for the current one.
-    // By file name, in the order of their names; nothing for those that can't be used.
+    std::u16string Directory; // Ends with a separator; empty for the current one.
+    // By file name; nothing for files that can't be used.
     std::map<std::u16string, std::optional<Texture>> Pictures;
-    std::vector<std::u16string> Warnings; // One for each that can't be used.
+    std::vector<std::u16string> Warnings; // One per file that can't be used.
 };
 
-// Takes over the bytes of a picture file. Gives null, or the reason why they can't be used, which
+// Takes over the bytes of a picture file. Returns null, or the reason why they can't be used, which
 // completes the sentence "texture ...".
 const char16_t* LoadTexture(std::vector<uint8_t> bytes, Texture& texture);
 
-// Null for an empty path and for pictures that can't be used. Each file is read once; the pointer holds
-// as long as the shelf does.
+// Returns null for an empty path and for files that can't be used. Each file is read once; the pointer
+// is valid as long as the shelf.
 const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath);

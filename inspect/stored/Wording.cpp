@@ -1,4 +1,4 @@
-// The few words that all reports share.
+// The formatting that all reports share.
 #include "inspect/stored/Wording.h"
 
 #include "platform/Platform.h"
@@ -8,8 +8,8 @@
 
 namespace {
 
-// Windows-1252 from 0x80 to 0x9F; the rest of the page is Latin-1. The five bytes without a character
-// stay control characters.
+// Windows-1252 from 0x80 to 0x9F; the rest of the page is Latin-1. The five undefined bytes stay
+// control characters.
 constexpr std::array<char16_t, 32> Windows1252Upper = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -23,7 +23,7 @@ bool IsControl(char16_t unit) {
     return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
 }
 
-// Directions of writing, line and paragraph separators.
+// Marks of writing direction, line and paragraph separators.
 bool ChangesOrder(char16_t unit) {
     return (unit >= 0x200E && unit <= 0x200F) || (unit >= 0x2028 && unit <= 0x202E) ||
            (unit >= 0x2066 && unit <= 0x2069);

@@ -1,4 +1,4 @@
-// Numbers and names as text, the same whatever the locale.
+// Numbers and names as text, independent of the locale.
 #pragma once
 
 #include <charconv>
@@ -25,18 +25,18 @@ template <typename List> std::u16string Numbers(const List& values) {
 // "1 mesh", "2 meshes"
 std::u16string Counted(uint64_t count, std::u16string_view one, std::u16string_view several);
 
-// The system's word for an error number, as " (No space left on device)"; nothing for 0.
+// The system's message for an error number, as " (No space left on device)"; empty for 0.
 std::u16string InBrackets(int errorNumber);
 
-// The lowest digits of the value, as many as asked for.
+// The given number of lowest digits of the value.
 std::u16string Hex(uint32_t value, unsigned digits);
 
-// In quotes. Characters that a terminal may take for a command, or that change the order of others, come
-// as \x1B or \u202E, so that a name from a file can't reach the terminal; quotes and backslashes come
-// with a backslash in front. Of a name that is longer than 200 units the rest is left out, with an
-// ellipsis behind the quotes.
+// In quotes. Characters that a terminal may take for a command, or that change the order of others,
+// become \x1B or \u202E, so that a name from a file can't control the terminal. Quotes and backslashes
+// are escaped with a backslash. Names longer than 200 units are truncated, with an ellipsis after the
+// quotes.
 std::u16string Quoted(std::u16string_view name);
 
-// A node's name, its bytes taken as Windows-1252. Where the writing system had another code page,
+// A node's name, with its bytes read as Windows-1252. If the writing system had another code page,
 // letters beyond ASCII come out as others.
 std::u16string NodeNameText(std::string_view name);

@@ -12,5 +12,5 @@ struct AssimpFiles {
     aiFileIO Operations;
 };
 
-// Completes the operations. files must stay where it is.
+// Sets Operations. files must not move afterwards.
 void PrepareFiles(AssimpFiles& files);

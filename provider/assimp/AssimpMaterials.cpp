@@ -21,7 +21,7 @@ uint8_t ColorByte(ai_real value) {
     return static_cast<uint8_t>(std::lround(clamped * 255.0));
 }
 
-// A picture that the file itself holds.
+// A picture embedded in the file.
 uint32_t TakeEmbedded(const aiTexture& texture, const std::u16string& name, ImportedPictures& pictures,
                       Model& model) {
     const std::u16string key = u"embedded:" + name;
@@ -46,7 +46,7 @@ uint32_t TakePicture(const aiScene& scene, const aiString& path, ImportedPicture
                                : TakePictureFile(pictures, model, TextOf(path));
 }
 
-// Diffuse colour, or base colour without one; opacity is a property of its own.
+// Diffuse colour, or base colour without one. Opacity is a separate property.
 void ReadColor(const aiMaterial& source, ModelMaterial& material) {
     aiColor4D color(1, 1, 1, 1);
     if (aiGetMaterialColor(&source, AI_MATKEY_COLOR_DIFFUSE, &color) != aiReturn_SUCCESS) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-// Appends all materials and the pictures that they show to an empty model. coordinateSets receives, for
-// each material, the set of texture coordinates that its picture follows. Pictures that can't be used
-// are left out, with a remark.
+// Appends all materials and their pictures to an empty model. coordinateSets receives, for each
+// material, the set of texture coordinates that its picture uses. Pictures that can't be used are
+// omitted, with a remark.
 void ReadAssimpMaterials(const aiScene& scene, const std::u16string& directory, Model& model,
                          std::vector<uint32_t>& coordinateSets);

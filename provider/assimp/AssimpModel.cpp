@@ -1,4 +1,4 @@
-// Models through assimp, as it delivers them with their polygons whole. It turns most formats to Y up.
+// Reads models through assimp, with polygons as in the file. assimp converts most formats to Y up.
 #include "provider/assimp/AssimpModel.h"
 
 #include "platform/Files.h"
@@ -18,16 +18,16 @@
 #include <cmath>
 #include <memory>
 
-// Polygons whose corners are further off their plane, as a share of the polygon's size, are cut into
-// triangles that follow them.
+// Polygons with corners further off their plane, as a share of the polygon's size, are split into
+// triangles between these corners.
 constexpr double PlaneTolerance = 1e-4;
-// Corners that turn less (sine of the angle) may turn either way.
+// Corners that turn less than this (sine of the angle) may turn either way.
 constexpr double SmallestCorner = 1e-6;
 
-// How far a root that turns Z up to Y up may be off, as a share of its scale.
+// The largest deviation of a root that turns Z up to Y up, as a share of its scale.
 constexpr double TurnTolerance = 1e-5;
 
-// Formats that have Z up and that assimp does not turn.
+// Formats with Z up that assimp does not convert.
 constexpr std::array<std::string_view, 5> ZUpFormats = {
     "Stereolithography (STL) Importer", "Stanford Polygon Library (PLY) Importer", "3mf Importer",
     "Additive manufacturing file format(AMF) Importer",
@@ -41,8 +41,8 @@ struct SceneReading {
     UpAxis Up;                            // below the root
     Transform Root;                       // of the root, from there into the model
     std::vector<uint32_t> CoordinateSets; // of each material
-    PolygonTriangulation Polygon;         // kept for its memory
-    FaceGeometry PolygonGeometry;         // likewise
+    PolygonTriangulation Polygon;         // kept to reuse its memory
+    FaceGeometry PolygonGeometry;         // the same
 };
 
 Point3 PointOf(const aiVector3D& vector) {
@@ -90,7 +90,7 @@ FaceGeometry VerticesOf(const SceneReading& reading, const aiMesh& mesh) {
     return vertices;
 }
 
-// The corners that a polygon has, if it is plane, in the polygon that is kept for its memory.
+// Reads the corners of a polygon into reading.Polygon. Returns false if the polygon is not plane.
 bool TakePlanePolygon(SceneReading& reading, const FaceGeometry& vertices, const aiFace& face,
                       Point3& normal) {
     std::vector<Point3>& points = reading.Polygon.Points;
@@ -110,7 +110,7 @@ bool TakePlanePolygon(SceneReading& reading, const FaceGeometry& vertices, const
     });
 }
 
-// A quadrilateral all of whose corners turn the same way needs no search for its triangles.
+// If all corners turn the same way, a diagonal splits the quadrilateral into its triangles.
 bool IsConvexQuadrilateral(std::span<const Point3> points, Point3 normal) {
     if (points.size() != 4) {
         return false;
@@ -125,8 +125,7 @@ bool IsConvexQuadrilateral(std::span<const Point3> points, Point3 normal) {
     return true;
 }
 
-// A plane polygon as a face of its own. Gives false when it can't be cut into triangles over its own
-// corners.
+// Adds a plane polygon as one face. Returns false if it can't be triangulated with its own corners.
 bool AddPolygon(SceneReading& reading, const FaceGeometry& vertices, const aiFace& face) {
     Point3 normal;
     if (!TakePlanePolygon(reading, vertices, face, normal)) {
@@ -158,7 +157,7 @@ bool AddPolygon(SceneReading& reading, const FaceGeometry& vertices, const aiFac
     return true;
 }
 
-// Whether a face has area and all of its corners exist.
+// Whether a face has at least three corners, all existing and finite.
 bool IsUsable(const FaceGeometry& vertices, const aiFace& face) {
     return face.mNumIndices >= 3 &&
            std::all_of(face.mIndices, face.mIndices + face.mNumIndices, [&](uint32_t index) {
@@ -197,13 +196,13 @@ bool HasFaces(const aiMesh& mesh) {
                        [](const aiFace& face) { return face.mNumIndices >= 3; });
 }
 
-// Nodes below a node, level by level, so that no depth of the tree is too great.
+// Reads the nodes level by level, without recursion, because trees can be deep.
 void ReadNodes(const SceneReading& reading, ImportedTree& tree) {
     const UpAxis up = reading.Up;
     const aiScene& scene = reading.Scene;
     std::vector<const aiNode*> nodes = {scene.mRootNode};
     tree.Nodes.emplace_back();
-    // A root that places nothing adds no group.
+    // A root without a transformation adds no group.
     if (reading.Root != IdentityTransform) {
         nodes.insert(nodes.begin(), nullptr);
         tree.Nodes[0].Children.push_back(1);
@@ -228,9 +227,9 @@ void ReadNodes(const SceneReading& reading, ImportedTree& tree) {
     }
 }
 
-// Finds the axis that goes up below the root, and what the root still does in the model's axes. STL and
-// its like have Z up; an FBX file states its axis, and assimp does not turn it; for other formats with
-// Z up, assimp gives the root a turn to Y.
+// Finds the up axis below the root, and the root's transformation in the model's axes. STL and similar
+// formats have Z up. An FBX file states its axis, and assimp does not convert it. For other formats
+// with Z up, assimp sets a rotation to Y up at the root.
 void FindUpAxis(SceneReading& reading) {
     const aiScene& scene = reading.Scene;
     Transform root = TransformOf(scene.mRootNode->mTransformation);
@@ -239,7 +238,7 @@ void FindUpAxis(SceneReading& reading) {
         for (size_t row = 0; row < root.size(); row += 4) {
             const Point3 turned =
                 ToModelAxes(UpAxis::Y, Point3{root[row], root[row + 1], root[row + 2]});
-            // Plus zero makes a plain zero of a negative one.
+            // Adding zero makes negative zeros positive.
             root[row] = turned.X + 0.0;
             root[row + 1] = turned.Y + 0.0;
             root[row + 2] = turned.Z + 0.0;
@@ -262,7 +261,7 @@ void FindUpAxis(SceneReading& reading) {
 } // namespace
 
 bool IsAssimpEnding(std::string_view ending) {
-    // Sound files of this one make the library read past its memory.
+    // assimp reads out of bounds on valid files of this format.
     constexpr std::string_view unsafe = ".raw";
     return !ending.empty() && ending != unsafe &&
            aiIsExtensionSupported(std::string(ending).c_str()) != AI_FALSE;
@@ -307,7 +306,7 @@ bool ReadAssimpModel(const std::u16string& path, std::string_view ending, Model&
     } catch (const std::exception& exception) {
         reason = exception.what();
     }
-    error = "the file is broken or of a kind that is not read here";
+    error = "the file is broken or not supported";
     if (!reason.empty()) {
         error += " (" + reason.substr(0, reason.find('\n')) + ")";
     }

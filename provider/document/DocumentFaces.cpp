@@ -1,4 +1,4 @@
-// The faces of a model document: polygons, ready triangulations and what covers their sides.
+// The faces of a model document: polygons, triangulations and their sides.
 #include "provider/document/DocumentFaces.h"
 
 #include "provider/model/Mapping.h"
@@ -7,12 +7,12 @@
 #include <algorithm>
 
 // How far corners may be off the plane of their face, as a share of the diagonal of the outline's
-// bounding box: coordinates written with three digits pass.
+// bounding box. Coordinates with three digits pass.
 constexpr double PlaneTolerance = 1e-3;
 
 namespace {
 
-// A side as the document has it: what depends on the face's geometry waits as a node.
+// A side as the document states it. Parts that depend on the face's geometry are nodes.
 struct SideText {
     uint32_t Material = NoIndex;
     uint32_t Coordinates = 0;
@@ -33,7 +33,7 @@ bool ReadSide(DocumentReader& reader, uint32_t node, SideText& side) {
         return false;
     }
     if (side.Coordinates != 0 && side.Mapping != 0) {
-        return Fail(reader, node, "coordinates and mapping exclude each other");
+        return Fail(reader, node, "coordinates and mapping are mutually exclusive");
     }
     return ReadReference(reader, material, reader.Materials, "material", side.Material);
 }
@@ -121,7 +121,7 @@ bool CheckPlane(DocumentReader& reader, uint32_t outer, uint32_t holes, Point3 n
     return true;
 }
 
-// Coordinates of the corners of holes and of points where outlines cross.
+// Appends the coordinates of the corners of holes and of points where outlines cross.
 void CompleteCoordinates(const PolygonTriangulation& polygon, Point3 normal,
                          std::vector<Point3>& coordinates) {
     if (coordinates.empty()) {
@@ -156,7 +156,7 @@ bool ReadPolygon(DocumentReader& reader, uint32_t outer, uint32_t holes, FaceGeo
         return false;
     }
     if (!TriangulatePolygon(polygon, normal)) {
-        return Fail(reader, outer, "nothing is left of the face, or it can't be cut into triangles");
+        return Fail(reader, outer, "the face is empty or can't be triangulated");
     }
     CompleteCoordinates(polygon, normal, geometry.FrontCoordinates);
     CompleteCoordinates(polygon, normal, geometry.BackCoordinates);
@@ -204,7 +204,7 @@ bool ReadTriangulation(DocumentReader& reader, uint32_t positions, uint32_t norm
     return true;
 }
 
-// The mapping that a side states, for a face with the given normal.
+// The mapping of a side with the given normal.
 bool ReadMapping(DocumentReader& reader, uint32_t node, uint32_t material, Point3 sideNormal,
                  ModelMapping& mapping) {
     uint32_t origin = 0;
@@ -242,8 +242,8 @@ bool ReadMapping(DocumentReader& reader, uint32_t node, uint32_t material, Point
         return true;
     }
     return Fail(reader, node,
-                right != 0 && up != 0 ? "right and up lie on one line"
-                                      : "the direction is at right angles to the face");
+                right != 0 && up != 0 ? "right and up are collinear"
+                                      : "the direction is perpendicular to the face");
 }
 
 bool FinishSide(DocumentReader& reader, const SideText& text, Point3 sideNormal, ModelSide& side) {

@@ -3,5 +3,5 @@
 
 #include "provider/document/DocumentReader.h"
 
-// A face of the document: one or, for a triangulation that turns to all sides, several in Output.
+// Reads a face: one in Output, or several for a triangulation that faces all directions.
 bool ReadFace(DocumentReader& reader, uint32_t node);

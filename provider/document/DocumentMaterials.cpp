@@ -59,7 +59,7 @@ bool ReadMaterialType(DocumentReader& reader, uint32_t node, ModelMaterial& mate
         material.Type = MaterialType::Plain;
     } else if (type == "textured" || type == "colorized") {
         if (material.Picture == NoIndex) {
-            return Fail(reader, node, "a material of this type needs a picture");
+            return Fail(reader, node, "a material of this type requires a picture");
         }
         material.Type = type == "textured" ? MaterialType::Textured : MaterialType::Colorized;
     } else {
@@ -150,7 +150,7 @@ bool ReadMaterial(DocumentReader& reader, uint32_t node) {
     } else {
         for (const uint32_t needsPicture : {pictureName, width, height}) {
             if (needsPicture != 0) {
-                return Fail(reader, needsPicture, "this key needs a picture");
+                return Fail(reader, needsPicture, "this key requires a picture");
             }
         }
     }

@@ -32,10 +32,10 @@ bool ReadObject(DocumentReader& reader, uint32_t node, std::span<const Member> m
             }
         }
         if (known == nullptr) {
-            return Fail(reader, i, "this key is unknown here");
+            return Fail(reader, i, "unknown key");
         }
         if (*known->Node != 0) {
-            return Fail(reader, i, "this key stands here twice");
+            return Fail(reader, i, "duplicate key");
         }
         *known->Node = i;
     }
@@ -109,7 +109,7 @@ bool ReadNumberIn(DocumentReader& reader, uint32_t node, double smallest, double
     }
     return (number >= smallest && number <= largest) ||
            Fail(reader, node,
-                "this must lie between " + NumberText(smallest) + " and " + NumberText(largest));
+                "this must be between " + NumberText(smallest) + " and " + NumberText(largest));
 }
 
 bool ReadLength(DocumentReader& reader, uint32_t node, double& length) {
@@ -175,7 +175,7 @@ bool ReadText(DocumentReader& reader, uint32_t node, std::string_view& text) {
     if (node == 0) {
         return true;
     }
-    if (!Expect(reader, node, JsonKind::Text, "a text")) {
+    if (!Expect(reader, node, JsonKind::Text, "text")) {
         return false;
     }
     text = TextOf(reader.Json, node);
@@ -223,7 +223,7 @@ bool ReadUniqueName(DocumentReader& reader, uint32_t node, size_t index,
     }
     name = Utf16FromUtf8(utf8);
     return names.emplace(utf8, static_cast<uint32_t>(index)).second ||
-           Fail(reader, node, "the name " + Quoted(utf8) + " is taken already");
+           Fail(reader, node, "the name " + Quoted(utf8) + " is already in use");
 }
 
 std::string Quoted(std::string_view text) {

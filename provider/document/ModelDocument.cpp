@@ -73,7 +73,7 @@ bool ReadTransform(DocumentReader& reader, uint32_t node, Transform& transform) 
     return true;
 }
 
-// The nodes of what groups, instances and images have in common.
+// The nodes that groups, instances and images share.
 struct ElementNodes {
     uint32_t Transform = 0;
     uint32_t Material = 0;
@@ -179,7 +179,7 @@ bool ReadGroup(DocumentReader& reader, uint32_t node, uint32_t index) {
     return ReadLists(reader, lists, entities);
 }
 
-// Each kind of element of a list is read before the lists within it, so that a list owns a range.
+// Reads all elements of a list before the lists inside it, so that a list owns a range.
 bool ReadLists(DocumentReader& reader, const ListNodes& nodes, uint32_t entities) {
     Model& model = reader.Output;
     ModelEntities lists;
@@ -209,7 +209,7 @@ bool ReadLists(DocumentReader& reader, const ListNodes& nodes, uint32_t entities
                                [&](uint32_t node) { return ReadGroup(reader, node, next++); });
 }
 
-// Definitions are entered by name first: they may refer to later ones.
+// Registers all names first: definitions can refer to later ones.
 bool ReadDefinitions(DocumentReader& reader, uint32_t node) {
     std::vector<ListNodes> lists;
     const bool named = ReadEach(reader, node, [&](uint32_t element) {
@@ -245,7 +245,7 @@ struct NestingCheck {
     std::vector<uint32_t> Levels;
 };
 
-// depth counts the levels above the list. node is what a message about the list points at.
+// depth is the number of levels above the list. node is the place for messages about the list.
 bool CheckNesting(DocumentReader& reader, NestingCheck& check, uint32_t entities, uint32_t depth,
                   uint32_t node) {
     const Model& model = reader.Output;
@@ -297,7 +297,7 @@ bool ReadDocument(DocumentReader& reader) {
     }
     double number = 0.0;
     if (!ReadNumber(reader, version, number) ||
-        (number != Version && !Fail(reader, version, "this must be 1, the only version there is")) ||
+        (number != Version && !Fail(reader, version, "this must be 1, the only version")) ||
         !ReadEach(reader, materials, [&](uint32_t node) { return ReadMaterial(reader, node); }) ||
         !ReadEach(reader, layers, [&](uint32_t node) { return ReadLayer(reader, node); }) ||
         !ReadDefinitions(reader, definitions)) {

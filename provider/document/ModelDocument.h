@@ -10,7 +10,7 @@
 // The key that makes a JSON text a model document; its value is the version.
 constexpr std::string_view ModelDocumentKey = "orvaneModel";
 
-// Fills an empty model. directory, with its closing separator, is where pictures are looked for. Gives
-// false, and place and reason in error, when the document can't be used; the model is then unfinished.
+// Fills an empty model. Pictures are looked up in directory, which ends with a separator. Returns
+// false, with place and reason in error, if the document can't be used; the model is then incomplete.
 bool ReadModelDocument(const JsonTape& json, const std::u16string& directory, Model& model,
                        std::string& error);

@@ -1,13 +1,12 @@
-// The transformations that a model document can state, as matrices for row vectors.
+// The transformations of a model document, as matrices for row vectors.
 #include "provider/document/Transforms.h"
 
 #include <numbers>
 
 constexpr double DegreesOfHalfTurn = 180.0;
 
-// Values between -1 and 1 as multiples of 2^-40. Quarter turns come out exact, so that a turned box
-// stays a box; and the run-time libraries of different systems, which differ in the last bits of a sine,
-// give one result.
+// Rounds values between -1 and 1 to multiples of 2^-40. Quarter turns are then exact, so that a rotated
+// box stays a box. Systems whose sines differ in the last bits get the same result.
 static double RoundToGrid(double value) {
     constexpr double steps = 1099511627776.0;
     return std::round(value * steps) / steps;

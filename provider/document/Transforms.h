@@ -1,4 +1,4 @@
-// The transformations that a model document can state, as matrices for row vectors.
+// The transformations of a model document, as matrices for row vectors.
 #pragma once
 
 #include "provider/model/Model.h"
@@ -7,6 +7,6 @@
 Transform Multiply(const Transform& first, const Transform& second);
 
 Transform ScaleTransform(Point3 factors);
-// Counter-clockwise when looked at against the axis, which has length 1.
+// Counter-clockwise when the axis, of length 1, points at the viewer.
 Transform RotateTransform(Point3 axis, double degrees);
 Transform MoveTransform(Point3 offset);

@@ -1,5 +1,5 @@
-// The numbers behind accessors: one view on bytes for dense and sparse elements, and the reading of
-// single components from it.
+// Reads the numbers of accessors: a view of bytes for dense and sparse elements, and single components
+// from it.
 #include "provider/gltf/GltfAccessor.h"
 
 #include <algorithm>
@@ -7,17 +7,17 @@
 #include <bit>
 #include <cstring>
 
-// Elements that an accessor without bytes may have: all are zero, so a short file could ask for any
+// The most elements of an accessor without bytes: all are zero, so a short file could request any
 // number.
 constexpr size_t MostZeroElements = size_t{1} << 24;
 
-static_assert(std::endian::native == std::endian::little, "glTF numbers are read as they stand");
+static_assert(std::endian::native == std::endian::little, "glTF numbers are copied without conversion");
 
 namespace {
 
-constexpr const char* OutsideReason = "the data lie outside of their buffer";
+constexpr const char* OutsideReason = "the data is outside its buffer";
 
-// Elements in bytes that are known to hold them.
+// Elements in bytes whose size is checked.
 struct ElementView {
     const uint8_t* Bytes = nullptr; // null: all components are 0
     size_t Stride = 0;
@@ -95,15 +95,15 @@ const tinygltf::Accessor* FindAccessor(const GltfDocument& document, int index) 
                : nullptr;
 }
 
-// Null, or the reason why there is no view. The accessor may be null.
+// Returns null, or the reason why there is no view. found may be null.
 const char* MakeView(const GltfDocument& document, const tinygltf::Accessor* found, ElementView& view) {
     if (found == nullptr) {
-        return "there is no such accessor";
+        return "the accessor does not exist";
     }
     const tinygltf::Accessor& accessor = *found;
     const int32_t components = tinygltf::GetNumComponentsInType(static_cast<uint32_t>(accessor.type));
     if (!IsStoredType(accessor.componentType) || components < 1) {
-        return "the type of the data is not one that glTF has";
+        return "the data type is not a glTF type";
     }
     view.Count = accessor.count;
     view.Components = static_cast<size_t>(components);
@@ -115,7 +115,7 @@ const char* MakeView(const GltfDocument& document, const tinygltf::Accessor* fou
     return PlaceView(document, accessor.bufferView, accessor.byteOffset, view) ? nullptr : OutsideReason;
 }
 
-// Calls set with the number of each element that is replaced and the place of its new value in values.
+// Calls set with the number of each replaced element and the position of its new value in values.
 template <class Set> const char* ReplaceSparse(const GltfDocument& document,
                                                const tinygltf::Accessor& accessor,
                                                const ElementView& base, Set set) {
@@ -139,7 +139,7 @@ template <class Set> const char* ReplaceSparse(const GltfDocument& document,
     for (size_t i = 0; i < places.Count; ++i) {
         const double place = ComponentOf(places, i, 0);
         if (!(place >= 0.0 && place < static_cast<double>(base.Count))) {
-            return "a replaced element does not exist";
+            return "a sparse index is not below the number of elements";
         }
         set(static_cast<size_t>(place), values, i);
     }
@@ -188,7 +188,7 @@ const char* ReadPoints(const GltfDocument& document, int accessor, IndexRange ra
         return "there are fewer elements than vertices";
     }
     const auto pointAt = [](const ElementView& from, size_t element) {
-        // Nearly all there are.
+        // The type of nearly all data.
         if (from.ComponentType == TINYGLTF_COMPONENT_TYPE_FLOAT && from.Bytes != nullptr) {
             std::array<float, 3> floats = {};
             std::memcpy(floats.data(), from.Bytes + element * from.Stride,
@@ -217,12 +217,12 @@ const char* ReadIndices(const GltfDocument& document, int accessor, std::vector<
     if (const char* reason = MakeView(document, found, view)) {
         return reason;
     }
-    // No unsigned 32-bit number is lost in a double.
+    // A double holds every unsigned 32-bit number.
     const bool isUnsigned = view.ComponentType == TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE ||
                             view.ComponentType == TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT ||
                             view.ComponentType == TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT;
     if (view.Components != 1 || !isUnsigned) {
-        return "indices have to be single unsigned numbers";
+        return "indices must be single unsigned numbers";
     }
     view.Normalized = false;
     indices.resize(view.Count);

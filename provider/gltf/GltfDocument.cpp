@@ -1,5 +1,5 @@
-// A glTF file taken apart. The header that reads the records trusts what the document states about
-// buffers and pictures, so it gets the document without them.
+// Splits a glTF file. tinygltf reads the records. It trusts what the document states about buffers and
+// pictures, so it gets the document without them.
 #include "provider/gltf/GltfDocument.h"
 
 #include "platform/Bytes.h"
@@ -19,11 +19,11 @@ constexpr uint32_t GlbVersion = 2;
 constexpr size_t GlbHeaderSize = 12;
 constexpr size_t ChunkHeaderSize = 8;
 
-// Hidden from the header: bytes, and members that nothing here reads.
+// Hidden from tinygltf: bytes, and members that are not used here.
 constexpr std::array<std::string_view, 7> HiddenMembers = {"buffers", "images",   "animations", "skins",
                                                            "cameras", "samplers", "extensions"};
 
-// What a document may require of its readers. Names that end in an underscore are beginnings.
+// Extensions that a document may require. Names that end in an underscore are prefixes.
 constexpr std::array<std::string_view, 9> KnownExtensions = {
     "KHR_texture_transform", "KHR_mesh_quantization", "KHR_materials_",
     "KHR_technique_webgl",   "KHR_techniques_webgl",  "KHR_lights_punctual",
@@ -31,7 +31,7 @@ constexpr std::array<std::string_view, 9> KnownExtensions = {
 
 namespace {
 
-// The elements of an array that the document itself holds.
+// The elements of an array at the top level of the document.
 std::vector<uint32_t> ElementsOf(const JsonTape& json, std::string_view key) {
     std::vector<uint32_t> elements;
     const uint32_t array = MemberOf(json, 0, key);
@@ -54,8 +54,8 @@ bool CheckExtensions(const JsonTape& json, std::string& error) {
         const std::string_view name =
             KindOf(json, element) == JsonKind::Text ? TextOf(json, element) : "";
         if (!IsKnownExtension(name)) {
-            error = "the file needs the glTF extension \"" + std::string(name) +
-                    "\", which is not read here";
+            error = "the file requires the glTF extension \"" + std::string(name) +
+                    "\", which is not supported";
             return false;
         }
     }
@@ -75,7 +75,7 @@ bool ReadBuffers(const GltfParts& parts, const JsonTape& json, const std::u16str
         }
         if (IsDataUri(uri)) {
             if (!DecodeDataUri(uri, own)) {
-                error = PlaceOf(json, element) + ": the data in the URI are broken";
+                error = PlaceOf(json, element) + ": the data URI is broken";
                 return false;
             }
         } else {
@@ -115,7 +115,7 @@ void AppendNumber(double number, std::string& text) {
     }
 }
 
-// Appends a value and what it holds as JSON for the header.
+// Appends a value with its contents as JSON for tinygltf.
 void AppendVisible(const JsonTape& json, uint32_t value, std::string& text) {
     const JsonKind kind = KindOf(json, value);
     if (kind == JsonKind::Number) {
@@ -149,11 +149,11 @@ void AppendVisible(const JsonTape& json, uint32_t value, std::string& text) {
 
 bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& error) {
     if (bytes.size() < GlbHeaderSize + ChunkHeaderSize) {
-        error = "the binary glTF file is cut off";
+        error = "the binary glTF file is truncated";
         return false;
     }
     if (LittleEndian(bytes, 4) != GlbVersion) {
-        error = "this version of binary glTF is not read here";
+        error = "this version of binary glTF is not supported";
         return false;
     }
     size_t at = GlbHeaderSize;
@@ -162,7 +162,7 @@ bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& err
         const uint32_t kind = LittleEndian(bytes, at + 4);
         at += ChunkHeaderSize;
         if (length > bytes.size() - at) {
-            error = "the binary glTF file is cut off";
+            error = "the binary glTF file is truncated";
             return false;
         }
         const std::span<const uint8_t> content = bytes.subspan(at, length);
@@ -177,7 +177,7 @@ bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& err
         at += length;
     }
     if (parts.Json.empty()) {
-        error = "the binary glTF file does not begin with its JSON";
+        error = "the binary glTF file does not begin with JSON";
         return false;
     }
     return true;
@@ -195,9 +195,9 @@ bool ReadGltfDocument(const GltfParts& parts, const JsonTape& json, const std::u
     try {
         std::string text;
         AppendVisible(json, 0, text);
-        tinygltf::TinyGLTF header;
+        tinygltf::TinyGLTF loader;
         isRead = text.size() <= UINT32_MAX &&
-                 header.LoadASCIIFromString(&document.Records, &reason, &ignored, text.data(),
+                 loader.LoadASCIIFromString(&document.Records, &reason, &ignored, text.data(),
                                             static_cast<uint32_t>(text.size()), "");
     } catch (const nlohmann::json::exception& exception) {
         reason = exception.what();

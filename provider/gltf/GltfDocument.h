@@ -1,5 +1,5 @@
-// A glTF file taken apart: its records and the bytes that they refer to. Nothing in the records has been
-// checked against the bytes.
+// A glTF file split into its records and the bytes that they refer to. The records are not checked
+// against the bytes.
 #pragma once
 
 #include "provider/reading/JsonTape.h"
@@ -21,21 +21,20 @@ struct GltfDocument {
     tinygltf::Model Records; // without buffers, images, animations and skins
     std::vector<GltfImage> Images;
     std::vector<std::span<const uint8_t>> Buffers;
-    std::vector<std::vector<uint8_t>> OwnBytes; // of the buffers that lie outside of the file
+    std::vector<std::vector<uint8_t>> OwnBytes; // of buffers in data URIs and other files
 };
 
-// The two parts of a binary file, or all of any other as Json.
+// The two parts of a binary file; any other file is Json as a whole.
 struct GltfParts {
     std::string_view Json;
     std::span<const uint8_t> Binary;
 };
 
-// Takes a binary file apart. Gives false, and the reason in error, when the parts don't add up to the
-// file.
+// Splits a binary file. Returns false, with the reason in error, if the file is truncated or malformed.
 bool SplitGlb(std::span<const uint8_t> bytes, GltfParts& parts, std::string& error);
 
-// Fills an empty document of version 2. json is the tape of parts.Json. The document refers to the bytes
-// of parts, which must outlive it. directory, with its closing separator, is where buffers are looked
-// for.
+// Fills an empty document of version 2. json is the tape of parts.Json. The document refers to the
+// bytes of parts, which must outlive it. Buffers are looked up in directory, which ends with a
+// separator.
 bool ReadGltfDocument(const GltfParts& parts, const JsonTape& json, const std::u16string& directory,
                       GltfDocument& document, std::string& error);

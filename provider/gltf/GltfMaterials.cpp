@@ -1,4 +1,4 @@
-// The materials of a glTF document: base colour, or diffuse colour of the older extension.
+// Reads the materials of a glTF document: base colour, or diffuse colour of the older extension.
 #include "provider/gltf/GltfMaterials.h"
 
 #include "platform/Text.h"
@@ -21,7 +21,7 @@ const tinygltf::Value* FindValue(const tinygltf::Value& object, const char* key)
     return object.IsObject() && object.Has(key) ? &object.Get(key) : nullptr;
 }
 
-// A number of an array, or of an object's member itself; fallback where there is none.
+// A number of an array; fallback if there is none.
 double NumberIn(const tinygltf::Value* value, int place, double fallback) {
     if (value == nullptr || !value->IsArray() || static_cast<size_t>(place) >= value->ArrayLen() ||
         !value->Get(place).IsNumber()) {
@@ -43,7 +43,7 @@ uint8_t ScreenColor(double light) {
     return static_cast<uint8_t>(std::lround(shown * 255.0));
 }
 
-// Scale, then rotation, then offset, with v running down.
+// Scale, then rotation, then offset, with v pointing down.
 void ReadTransform(const tinygltf::Value& transform, GltfSurface& surface) {
     const tinygltf::Value* offset = FindValue(transform, "offset");
     const tinygltf::Value* scale = FindValue(transform, "scale");
@@ -78,7 +78,7 @@ uint32_t ReadPicture(MaterialReading& reading, size_t index) {
         return TakePictureFile(reading.Pictures, reading.Output,
                                Utf16FromUtf8(DecodePercent(image.Uri)));
     }
-    // Without bytes, the check of the picture gives the reason.
+    // Without bytes, the check of the picture reports the reason.
     return TakePictureBytes(reading.Pictures, reading.Output, key, name.empty() ? key : name,
                             std::move(bytes));
 }
@@ -98,8 +98,7 @@ void ReadTexture(MaterialReading& reading, int texture, int set, const tinygltf:
     }
     if (source < 0 || static_cast<size_t>(source) >= reading.Document.Images.size()) {
         reading.Output.Remarks.push_back("the texture of the material \"" +
-                                         Utf8FromUtf16(material.Name) +
-                                         "\" has no picture that can be used");
+                                         Utf8FromUtf16(material.Name) + "\" has no usable picture");
         return;
     }
     ShowPicture(reading.Pictures, ReadPicture(reading, static_cast<size_t>(source)), material);

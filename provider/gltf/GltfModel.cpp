@@ -1,5 +1,4 @@
-// Models in glTF 2. Right-handed, Y up, metres; texture coordinates run down from the picture's upper
-// edge.
+// Reads models in glTF 2. Right-handed, Y up, metres; v points down from the picture's upper edge.
 #include "provider/gltf/GltfModel.h"
 
 #include "platform/Text.h"
@@ -32,7 +31,7 @@ bool HasTriangles(const tinygltf::Primitive& primitive) {
            primitive.attributes.contains("POSITION");
 }
 
-// Makes single triangles of strips and fans, in place of the indices.
+// Converts strips and fans to separate triangles, in indices.
 void SeparateTriangles(int mode, std::vector<uint32_t>& indices) {
     if (mode == TINYGLTF_MODE_TRIANGLES || indices.size() < 3) {
         indices.resize(indices.size() / 3 * 3);
@@ -55,8 +54,8 @@ bool IsFinite(Point3 point) {
     return std::isfinite(point.X) && std::isfinite(point.Y) && std::isfinite(point.Z);
 }
 
-// Leaves out triangles with a corner that is nowhere.
-void DropEndlessTriangles(FaceGeometry& geometry) {
+// Removes triangles with a non-finite corner.
+void DropNonFiniteTriangles(FaceGeometry& geometry) {
     if (std::ranges::all_of(geometry.Positions, IsFinite)) {
         return;
     }
@@ -72,12 +71,13 @@ void DropEndlessTriangles(FaceGeometry& geometry) {
     geometry.Indices.resize(kept);
 }
 
-// The triangles of a primitive and the range of vertices that they use; indices count from its first.
+// Reads the triangles of a primitive and the range of vertices that they use. Indices count from the
+// first of the range.
 const char* ReadTriangles(const GltfDocument& document, const tinygltf::Primitive& primitive,
                           std::vector<uint32_t>& indices, IndexRange& range) {
     uint32_t vertices = 0;
     if (!CountElements(document, primitive.attributes.at("POSITION"), vertices)) {
-        return "the positions are missing or lie outside of their buffer";
+        return "the positions are missing or outside their buffer";
     }
     if (primitive.indices >= 0) {
         if (const char* reason = ReadIndices(document, primitive.indices, indices)) {
@@ -172,7 +172,7 @@ bool AddPrimitive(GltfReading& reading, size_t mesh, size_t number) {
     for (Point3& position : geometry.Positions) {
         position = ToModelAxes(UpAxis::Y, position);
     }
-    DropEndlessTriangles(geometry);
+    DropNonFiniteTriangles(geometry);
     if (geometry.Indices.empty()) {
         return true;
     }
@@ -186,7 +186,7 @@ bool AddPrimitive(GltfReading& reading, size_t mesh, size_t number) {
     return true;
 }
 
-// Makes room for what all primitives will need at least, and for seams.
+// Reserves memory for the least that all primitives need, and for seams.
 void ReserveArrays(const GltfDocument& document, Model& model) {
     size_t indices = 0;
     size_t positions = 0;
@@ -202,7 +202,7 @@ void ReserveArrays(const GltfDocument& document, Model& model) {
             if (!CountElements(document, primitive.indices, indexCount)) {
                 indexCount = vertexCount;
             }
-            // Primitives can share the vertices of all, of which each uses a few.
+            // Primitives can share one array of vertices, of which each uses a few.
             const size_t used = std::min(vertexCount, indexCount);
             indices += indexCount;
             positions += used;
@@ -220,7 +220,8 @@ bool ReadFactor(const std::vector<double>& values, size_t count) {
            std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
 }
 
-// The placement of a node in glTF's axes. Column vectors, column by column, are row vectors, row by row.
+// The placement of a node in glTF's axes. A matrix for column vectors, stored by columns, equals one
+// for row vectors, stored by rows.
 Transform PlacementOf(const tinygltf::Node& node) {
     Transform transform = IdentityTransform;
     if (ReadFactor(node.matrix, transform.size())) {
@@ -291,7 +292,7 @@ bool ReadNode(GltfReading& reading, size_t index) {
     return true;
 }
 
-// The nodes that the scene shows, or, without one, those that no other node holds.
+// The nodes of the scene or, without a scene, those without a parent.
 bool ReadRoots(GltfReading& reading) {
     const tinygltf::Model& records = reading.Document.Records;
     std::vector<uint32_t>& roots = reading.Tree.Nodes[0].Children;
@@ -335,7 +336,7 @@ bool ReadGltfModel(const GltfParts& parts, const JsonTape& json, const std::u16s
     GltfReading reading = {document, model, error, {}, {}};
     ReadGltfMaterials(document, directory, model, reading.Surfaces);
 
-    // The nodes of the document follow one that holds those of the scene.
+    // Node 0 holds the nodes of the scene; the document's nodes follow.
     reading.Tree.Nodes.emplace_back();
     for (size_t node = 0; node < document.Records.nodes.size(); ++node) {
         if (!ReadNode(reading, node)) {

@@ -4,8 +4,8 @@
 #include "provider/gltf/GltfDocument.h"
 #include "provider/model/Model.h"
 
-// Fills an empty model. parts and json are as for ReadGltfDocument; directory, with its closing
-// separator, is where buffers and pictures are looked for. Gives false, and the reason in error, when
-// the document can't be used.
+// Fills an empty model. parts and json are as for ReadGltfDocument. Buffers and pictures are looked up
+// in directory, which ends with a separator. Returns false, with the reason in error, if the document
+// can't be used.
 bool ReadGltfModel(const GltfParts& parts, const JsonTape& json, const std::u16string& directory,
                    Model& model, std::string& error);

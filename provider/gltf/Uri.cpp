@@ -1,4 +1,4 @@
-// File names with percent signs, and data in Base64.
+// Decodes percent-encoded file names and data in Base64.
 #include "provider/gltf/Uri.h"
 
 #include "platform/Text.h"
@@ -43,7 +43,7 @@ bool IsDataUri(std::string_view uri) {
 
 bool DecodeDataUri(std::string_view uri, std::vector<uint8_t>& bytes) {
     constexpr std::string_view markText = ";base64,";
-    // The type before the mark is short; the data can be gigabytes without one.
+    // The type before the mark is short; data without a mark can be gigabytes.
     const size_t mark = uri.substr(0, 256).find(markText);
     if (!IsDataUri(uri) || mark == std::string_view::npos) {
         return false;

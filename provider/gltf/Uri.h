@@ -1,4 +1,4 @@
-// The two forms of URI that models use: a file name with percent signs, and data within the text.
+// The two forms of URI that models use: a percent-encoded file name, and embedded data.
 #pragma once
 
 #include <cstdint>
@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-// Replaces %XX by the byte that it stands for; anything else stays.
+// Replaces %XX by its byte; everything else is unchanged.
 std::string DecodePercent(std::string_view text);
 
 bool IsDataUri(std::string_view uri);
 
-// The bytes of a data URI in Base64. Gives false when the text is none or is broken.
+// The bytes of a data URI in Base64. Returns false if the text isn't one or is broken.
 bool DecodeDataUri(std::string_view uri, std::vector<uint8_t>& bytes);

@@ -1,13 +1,13 @@
-// Texture coordinates of faces. A mapping is kept as two planes over space, one for s and one for t, so
+// Texture coordinates of faces. A mapping is stored as two linear functions of space, for s and t, so
 // that a coordinate costs two dot products.
 #include "provider/model/Mapping.h"
 
 #include <algorithm>
 
-// A side whose normal is less than this far from the vertical (sine of the angle) has no dependable
-// horizontal direction of its own; it takes +X.
+// A side whose normal is closer to the vertical than this (sine of the angle) has no reliable
+// horizontal direction. Its right is +X.
 constexpr double VerticalLimit = 1e-3;
-// Directions whose angle has a sine below the root of this lie on one line.
+// Directions are collinear if the squared sine of their angle is below this.
 constexpr double OneLineLimit = 1e-12;
 
 SideAxes AxesOfSide(Point3 sideNormal) {
@@ -83,7 +83,7 @@ void ExtendCoordinates(std::span<const Point3> points, Point3 normal, std::vecto
         middle = middle + share * points[i];
         mean = mean + share * coordinates[i];
     }
-    // Normal equations of the fit, about the middle so that the constant term separates.
+    // Normal equations of the fit, about the centre so that the constant term separates.
     double xx = 0.0;
     double xy = 0.0;
     double yy = 0.0;

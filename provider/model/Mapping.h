@@ -13,9 +13,9 @@ struct SideAxes {
 };
 SideAxes AxesOfSide(Point3 sideNormal);
 
-// The mapping that puts the picture's lower left corner at origin and one repeat of it, width by height
-// model units, along right and up. Points are projected onto the plane of right and up at right angles.
-// Gives false when right and up lie on one line or have no length.
+// The mapping with the picture's lower left corner at origin and one repeat, width by height model
+// units, along right and up. Points are projected perpendicularly onto the plane of right and up.
+// Returns false if right and up are collinear or have no length.
 bool MakeMapping(Point3 origin, SideAxes axes, double width, double height, ModelMapping& mapping);
 
 // The texture coordinates (s, t, q) of each vertex of a face, for its front or its back. count is at
@@ -23,7 +23,7 @@ bool MakeMapping(Point3 origin, SideAxes axes, double width, double height, Mode
 void CoordinatesOfSide(const Model& model, const ModelFace& face, bool front, size_t count,
                        double coordinates[][3]);
 
-// Appends to coordinates one for each of the points from coordinates.size() on: the values at that place
-// of the plane that fits the coordinates already there best (least squares). normal is the unit normal
-// of the plane in which the points lie.
+// Appends coordinates for the points from coordinates.size() on: the values of the linear function that
+// best fits the existing coordinates (least squares). normal is the unit normal of the plane of the
+// points.
 void ExtendCoordinates(std::span<const Point3> points, Point3 normal, std::vector<Point3>& coordinates);

@@ -1,6 +1,5 @@
 // A model in memory: plain records in flat arrays that refer to each other by index. Readers of files
-// fill it; the 64 operations read it. It knows no files, no handles and no
-// constants of the operations.
+// fill it; the 64 operations read it. It contains no files, handles or constants of the operations.
 //
 // Coordinates are model coordinates: Z up, right-handed, in model units.
 #pragma once
@@ -16,7 +15,7 @@
 // An index that refers to nothing.
 constexpr uint32_t NoIndex = 0xFFFFFFFF;
 
-// Levels of groups and instances within each other. Limited because callers walk a model by recursion.
+// The largest depth of nested groups and instances, because callers walk a model by recursion.
 constexpr uint32_t DeepestNesting = 512;
 
 struct IndexRange {
@@ -24,21 +23,21 @@ struct IndexRange {
     uint32_t Count = 0;
 };
 
-// A 4 by 4 matrix for row vectors, row by row: translation in 12 to 14, homogeneous scale in 15.
+// A 4 by 4 matrix for row vectors, stored by rows: translation in 12 to 14, homogeneous scale in 15.
 using Transform = std::array<double, 16>;
 constexpr Transform IdentityTransform = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
 enum class MaterialType : uint8_t {
     Plain,     // the colour alone
     Textured,  // the picture as it is
-    Colorized, // the picture drawn over with the colour
+    Colorized, // the picture tinted with the colour
 };
 
 struct ModelMaterial {
     std::u16string Name;
     std::array<uint8_t, 4> Color = {255, 255, 255, 255};
     bool UseOpacity = false;
-    double Opacity = 1.0; // 0 is clear, 1 opaque
+    double Opacity = 1.0; // 0 is transparent, 1 opaque
     MaterialType Type = MaterialType::Plain;
     uint32_t Picture = NoIndex;
     std::u16string PictureName;
@@ -51,7 +50,7 @@ struct ModelLayer {
     bool Visible = true;
 };
 
-// What groups, instances and images have in common with faces.
+// The properties that groups, instances and images share with faces.
 struct ModelElement {
     uint32_t Layer = 0; // 0 is the unnamed visible layer
     uint32_t Material = NoIndex;
@@ -66,15 +65,15 @@ struct ModelMapping {
     double T0 = 0.0;
 };
 
-// Texture coordinates come from Coordinates if that is set, else from Mapping, else from the default
-// mapping. They are finished if the material has a picture, else in model units.
+// Texture coordinates come from Coordinates if set, otherwise from Mapping if set, otherwise from the
+// default mapping. They are final if the material has a picture, otherwise in model units.
 struct ModelSide {
     uint32_t Material = NoIndex;
     uint32_t Coordinates = NoIndex; // the first in Model::Coordinates, one per vertex of the face
     uint32_t Mapping = NoIndex;     // in Model::Mappings
 };
 
-// A face and its triangulation. Triangles turn counter-clockwise about Normal or have no area.
+// A face and its triangulation. Triangles are counter-clockwise about Normal or have no area.
 struct ModelFace {
     Point3 Normal;         // unit normal of the front
     double Distance = 0.0; // the plane is Dot(Normal, p) + Distance = 0
@@ -100,7 +99,7 @@ struct ModelInstance {
     uint32_t Definition = 0;
 };
 
-// Placement maps the plane of one unit per pixel into the list that holds the image.
+// Placement maps the plane of one unit per pixel into the list that contains the image.
 struct ModelImage {
     Transform Placement = IdentityTransform;
     ModelElement Element;
@@ -113,7 +112,7 @@ struct ModelDefinition {
     uint32_t Entities = 0;
 };
 
-// One list of elements: what the model, a group or a definition holds.
+// One list of elements: the contents of the model, a group or a definition.
 struct ModelEntities {
     IndexRange Faces;
     IndexRange Groups;
@@ -139,6 +138,6 @@ struct Model {
     std::vector<uint32_t> Indices;
     std::vector<ModelMapping> Mappings;
 
-    // What was left out of a file that is usable otherwise: lines of text in UTF-8.
+    // Parts that were omitted from a file that is otherwise usable: lines of text in UTF-8.
     std::vector<std::string> Remarks;
 };

@@ -1,4 +1,4 @@
-// Keeps a picture's file as it came, so that a sound PNG file goes out byte for byte.
+// Keeps a picture's file unchanged, so that a sound PNG file is written byte for byte.
 #include "provider/model/ModelPicture.h"
 
 #include "picture/PictureReader.h"

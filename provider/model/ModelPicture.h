@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-// A picture as its file has it; it is decoded again when it is written.
+// A picture as the bytes of its file, which are decoded again when it is written.
 struct ModelPicture {
     std::vector<uint8_t> Bytes;
     uint32_t Width = 0; // pixels, above 0
@@ -13,14 +13,14 @@ struct ModelPicture {
     bool SoundPng = false; // Bytes is a PNG file with correct checksums
 };
 
-// Takes over the bytes of a picture file after decoding it once for a check. Gives null, or the reason
-// why the bytes can't be used, which completes the sentence "the picture ...".
+// Takes over the bytes of a picture file after decoding them once as a check. Returns null, or the
+// reason why the bytes can't be used, which completes the sentence "the picture ...".
 const char* LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture);
 
-// Makes a picture of ready texels, red, green, blue, alpha, row by row from the top. Gives false when
-// the sizes are 0 or too large or don't fit the number of bytes.
+// Makes a picture from texels: red, green, blue, alpha, row by row from the top. Returns false if a
+// size is 0 or too large or doesn't match the number of bytes.
 bool MakePicture(uint32_t width, uint32_t height, std::span<const uint8_t> texels,
                  ModelPicture& picture);
 
-// The picture as a PNG file: its own bytes if they are one. Gives false when it can't be made.
+// The picture as a PNG file: its own bytes if they are sound PNG. Returns false if it can't be encoded.
 bool EncodePng(const ModelPicture& picture, std::vector<uint8_t>& png);

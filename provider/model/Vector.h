@@ -1,4 +1,4 @@
-// Points and vectors in double precision, as a model has them. Pure arithmetic: no units, no limits.
+// Points and vectors in double precision. Pure arithmetic: no units, no limits.
 #pragma once
 
 #include <cmath>
@@ -33,13 +33,13 @@ constexpr Point3 Cross(Point3 a, Point3 b) {
     return {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
 }
 
-// Of lengths between 1e-150 and 1e150, which normals of triangles in single precision never leave.
+// For lengths between 1e-150 and 1e150, which include all normals of single-precision triangles.
 inline double Length(Point3 a) {
     return std::sqrt(Dot(a, a));
 }
 
-// The vector of length 1 in the direction of a. Gives false, and leaves unit alone, when a has no length
-// or no finite one.
+// The unit vector in the direction of a. Returns false, and leaves unit unchanged, if the length of a
+// is 0 or not finite.
 inline bool MakeUnit(Point3 a, Point3& unit) {
     const double length = Length(a);
     if (!(length > 0.0) || !std::isfinite(length)) {

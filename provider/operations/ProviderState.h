@@ -1,8 +1,7 @@
-// The state behind the handles: the open model, and the strings and image reps that callers have made.
+// The state behind the handles: the open model, and the strings and image reps of callers.
 //
-// A handle holds its kind, a serial number and an index, so that every operation can tell its own
-// handles from null, from handles of other kinds, from those of a model that is gone, and from anything
-// else.
+// A handle holds its kind, a serial number and an index, so that every operation rejects null, handles
+// of other kinds, those of a released model, and any other value.
 //   bits 56 to 63  HandleKind
 //   bits 52 to 55  for a drawing element: ElementKind
 //   bits 32 to 51  serial number of the model, or of the use of a slot
@@ -12,6 +11,7 @@
 #include "api/SketchUpAPI.h"
 #include "provider/model/Model.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,7 +39,7 @@ enum class HandleKind : uint8_t {
     MeshHelper
 };
 
-// What a drawing element is a view of.
+// The kind of the element behind a drawing element.
 enum class ElementKind : uint8_t { None, Face, Group, Instance, Image };
 
 constexpr int KindShift = 56;
@@ -66,8 +66,8 @@ constexpr HandleParts PartsOf(uint64_t value) {
             static_cast<uint32_t>(value >> SerialShift & SerialMask), static_cast<uint32_t>(value)};
 }
 
-// Things that callers make and release, in slots that are used again. Serial grows with each use of a
-// slot, so that a handle ends with its release.
+// Objects that callers create and release, in slots that are reused. Serial grows with each use of a
+// slot, so that a handle becomes invalid on release.
 template <class Content> struct Slot {
     Content Value = {};
     uint32_t Serial = 0;
@@ -75,7 +75,7 @@ template <class Content> struct Slot {
 };
 
 struct ImageRep {
-    uint64_t Width = 0; // pixels; 0 until an image has filled the rep
+    uint64_t Width = 0; // pixels; 0 until an image fills the rep
     uint64_t Height = 0;
 };
 
@@ -87,7 +87,7 @@ struct ProviderState {
     std::vector<Slot<ImageRep>> ImageReps;
 };
 
-// The one state of the library: C operations have no other place for it.
+// The state of the library. C operations have no other place for it.
 ProviderState& State();
 
 // A handle of the open model.
@@ -96,7 +96,7 @@ inline uint64_t ModelHandleValue(HandleKind kind, uint32_t index,
     return HandleValue({kind, element, State().Serial, index});
 }
 
-// Whether a handle is of the kind and of the open model. Gives its index, not checked against any list.
+// Whether a handle has this kind and belongs to the open model. Its index isn't checked.
 inline bool DecodeHandle(uint64_t value, HandleKind kind, HandleParts& parts) {
     const ProviderState& state = State();
     parts = PartsOf(value);
@@ -112,6 +112,15 @@ const Element* FindElement(uint64_t value, HandleKind kind, const std::vector<El
     }
     const std::vector<Element>& elements = State().Open.get()->*array;
     return parts.Index < elements.size() ? &elements[parts.Index] : nullptr;
+}
+
+// Runs work that can run out of memory: no exception may leave a C operation.
+template <class Work> int32_t WithoutExceptions(Work work) {
+    try {
+        return work();
+    } catch (...) {
+        return Failure;
+    }
 }
 
 // Takes a free slot or a new one.
@@ -139,7 +148,49 @@ Slot<Content>* FindSlot(std::vector<Slot<Content>>& slots, HandleKind kind, uint
     return slot.Used && (slot.Serial & SerialMask) == parts.Serial ? &slot : nullptr;
 }
 
-// Writes the handles of a range of elements, as many as fit, and how many they are.
+// Creates an object in a slot and writes its handle.
+template <class Content, class Handle>
+int32_t CreateInSlot(std::vector<Slot<Content>>& slots, HandleKind kind, Handle* handle) {
+    if (handle == nullptr) {
+        return Failure;
+    }
+    return WithoutExceptions([&] {
+        handle->Value = UseSlot(slots, kind);
+        return Success;
+    });
+}
+
+// Releases the slot of a handle and sets the handle to null.
+template <class Content, class Handle>
+int32_t ReleaseSlot(std::vector<Slot<Content>>& slots, HandleKind kind, Handle* handle) {
+    Slot<Content>* slot = handle != nullptr ? FindSlot(slots, kind, handle->Value) : nullptr;
+    if (slot == nullptr) {
+        return Failure;
+    }
+    slot->Value = {};
+    slot->Used = false;
+    handle->Value = 0;
+    return Success;
+}
+
+// The handle of an element as a drawing element; null if found is null.
+inline DrawingElementHandle DrawingElementOf(const void* found, uint64_t value, ElementKind element) {
+    if (found == nullptr) {
+        return {0};
+    }
+    return {ModelHandleValue(HandleKind::DrawingElement, PartsOf(value).Index, element)};
+}
+
+// Writes the transformation of a group, an instance or an image, which may be null.
+template <class Element> int32_t WritePlacement(const Element* found, double* transform) {
+    if (found == nullptr || transform == nullptr) {
+        return Failure;
+    }
+    std::ranges::copy(found->Placement, transform);
+    return Success;
+}
+
+// Writes the handles of a range of elements, as many as fit, and their number.
 template <class Handle> int32_t WriteHandles(HandleKind kind, IndexRange range, uint64_t count,
                                              Handle handles[], uint64_t* returned) {
     if (returned == nullptr || (handles == nullptr && count > 0)) {
@@ -153,16 +204,7 @@ template <class Handle> int32_t WriteHandles(HandleKind kind, IndexRange range, 
     return Success;
 }
 
-// Runs what can fail for lack of memory: no exception leaves a C operation.
-template <class Work> int32_t WithoutExceptions(Work work) {
-    try {
-        return work();
-    } catch (...) {
-        return Failure;
-    }
-}
-
-// Fills a caller's string.
+// Sets a caller's string.
 int32_t FillString(StringHandle* string, const std::u16string& text);
 
 // Writes a picture as PNG to a path in UTF-8.

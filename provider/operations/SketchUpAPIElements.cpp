@@ -1,8 +1,6 @@
 // Groups, component instances and definitions, drawing elements and layers.
 #include "provider/operations/ProviderState.h"
 
-#include <algorithm>
-
 namespace {
 
 const ModelGroup* FindGroup(GroupHandle group) {
@@ -13,7 +11,7 @@ const ModelInstance* FindInstance(ComponentInstanceHandle instance) {
     return FindElement(instance.Value, HandleKind::Instance, &Model::Instances);
 }
 
-// What a drawing element is a view of. Gives false for any other handle.
+// The properties of the element behind a drawing element. Returns false for any other handle.
 bool FindDrawingElement(DrawingElementHandle handle, ModelElement& element) {
     HandleParts parts;
     if (!DecodeHandle(handle.Value, HandleKind::DrawingElement, parts)) {
@@ -45,11 +43,7 @@ bool FindDrawingElement(DrawingElementHandle handle, ModelElement& element) {
 extern "C" {
 
 DrawingElementHandle SUGroupToDrawingElement(GroupHandle group) {
-    if (FindGroup(group) == nullptr) {
-        return {0};
-    }
-    return {
-        ModelHandleValue(HandleKind::DrawingElement, PartsOf(group.Value).Index, ElementKind::Group)};
+    return DrawingElementOf(FindGroup(group), group.Value, ElementKind::Group);
 }
 
 int32_t SUGroupGetName(GroupHandle group, StringHandle* name) {
@@ -58,12 +52,7 @@ int32_t SUGroupGetName(GroupHandle group, StringHandle* name) {
 }
 
 int32_t SUGroupGetTransform(GroupHandle group, double transform[TransformValues]) {
-    const ModelGroup* found = FindGroup(group);
-    if (found == nullptr || transform == nullptr) {
-        return Failure;
-    }
-    std::ranges::copy(found->Placement, transform);
-    return Success;
+    return WritePlacement(FindGroup(group), transform);
 }
 
 int32_t SUGroupGetEntities(GroupHandle group, EntitiesHandle* entities) {
@@ -76,11 +65,7 @@ int32_t SUGroupGetEntities(GroupHandle group, EntitiesHandle* entities) {
 }
 
 DrawingElementHandle SUComponentInstanceToDrawingElement(ComponentInstanceHandle instance) {
-    if (FindInstance(instance) == nullptr) {
-        return {0};
-    }
-    return {ModelHandleValue(HandleKind::DrawingElement, PartsOf(instance.Value).Index,
-                             ElementKind::Instance)};
+    return DrawingElementOf(FindInstance(instance), instance.Value, ElementKind::Instance);
 }
 
 int32_t SUComponentInstanceGetDefinition(ComponentInstanceHandle instance,
@@ -95,12 +80,7 @@ int32_t SUComponentInstanceGetDefinition(ComponentInstanceHandle instance,
 
 int32_t SUComponentInstanceGetTransform(ComponentInstanceHandle instance,
                                         double transform[TransformValues]) {
-    const ModelInstance* found = FindInstance(instance);
-    if (found == nullptr || transform == nullptr) {
-        return Failure;
-    }
-    std::ranges::copy(found->Placement, transform);
-    return Success;
+    return WritePlacement(FindInstance(instance), transform);
 }
 
 int32_t SUComponentDefinitionGetEntities(ComponentDefinitionHandle definition,

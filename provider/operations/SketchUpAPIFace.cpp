@@ -1,5 +1,5 @@
 // Faces, UV helpers and mesh helpers. A helper's handle holds the face's index and owns no memory, so
-// the mesh helpers, which have no release, don't leak.
+// mesh helpers, which have no release operation, don't leak.
 #include "provider/model/Mapping.h"
 #include "provider/operations/ProviderState.h"
 
@@ -33,13 +33,13 @@ int32_t WriteMeshCount(const ModelFace* face, uint64_t number, uint64_t* count) 
     return Success;
 }
 
-// How many of a face's elements a caller gets. Gives false where nothing can be written.
-bool CanWrite(const ModelFace* face, const void* array, uint64_t available, uint64_t& count,
+// Limits count to the elements that the face has. Returns false if nothing can be written.
+bool CanWrite(const ModelFace* face, IndexRange ModelFace::*elements, const void* array, uint64_t& count,
               uint64_t* returned) {
     if (face == nullptr || returned == nullptr || (array == nullptr && count > 0)) {
         return false;
     }
-    count = std::min(count, available);
+    count = std::min<uint64_t>(count, (face->*elements).Count);
     *returned = count;
     return true;
 }
@@ -53,7 +53,7 @@ void WritePoint(Point3 point, double values[3]) {
 int32_t WriteCoordinates(MeshHelperHandle meshHelper, bool front, uint64_t count, double stq[][3],
                          uint64_t* returned) {
     const ModelFace* face = FindFace(meshHelper);
-    if (!CanWrite(face, stq, face != nullptr ? face->Vertices.Count : 0, count, returned)) {
+    if (!CanWrite(face, &ModelFace::Vertices, stq, count, returned)) {
         return Failure;
     }
     CoordinatesOfSide(*State().Open, *face, front, count, stq);
@@ -65,10 +65,7 @@ int32_t WriteCoordinates(MeshHelperHandle meshHelper, bool front, uint64_t count
 extern "C" {
 
 DrawingElementHandle SUFaceToDrawingElement(FaceHandle face) {
-    if (FindFace(face) == nullptr) {
-        return {0};
-    }
-    return {ModelHandleValue(HandleKind::DrawingElement, PartsOf(face.Value).Index, ElementKind::Face)};
+    return DrawingElementOf(FindFace(face), face.Value, ElementKind::Face);
 }
 
 int32_t SUFaceGetFrontMaterial(FaceHandle face, MaterialHandle* material) {
@@ -130,7 +127,7 @@ int32_t SUMeshHelperGetNumVertices(MeshHelperHandle meshHelper, uint64_t* count)
 int32_t SUMeshHelperGetVertices(MeshHelperHandle meshHelper, uint64_t count, double points[][3],
                                 uint64_t* returned) {
     const ModelFace* face = FindFace(meshHelper);
-    if (!CanWrite(face, points, face != nullptr ? face->Vertices.Count : 0, count, returned)) {
+    if (!CanWrite(face, &ModelFace::Vertices, points, count, returned)) {
         return Failure;
     }
     for (size_t i = 0; i < count; ++i) {
@@ -142,7 +139,7 @@ int32_t SUMeshHelperGetVertices(MeshHelperHandle meshHelper, uint64_t count, dou
 int32_t SUMeshHelperGetNormals(MeshHelperHandle meshHelper, uint64_t count, double normals[][3],
                                uint64_t* returned) {
     const ModelFace* face = FindFace(meshHelper);
-    if (!CanWrite(face, normals, face != nullptr ? face->Vertices.Count : 0, count, returned)) {
+    if (!CanWrite(face, &ModelFace::Vertices, normals, count, returned)) {
         return Failure;
     }
     for (size_t i = 0; i < count; ++i) {
@@ -165,7 +162,7 @@ int32_t SUMeshHelperGetBackSTQCoords(MeshHelperHandle meshHelper, uint64_t count
 int32_t SUMeshHelperGetVertexIndices(MeshHelperHandle meshHelper, uint64_t count, uint64_t indices[],
                                      uint64_t* returned) {
     const ModelFace* face = FindFace(meshHelper);
-    if (!CanWrite(face, indices, face != nullptr ? face->Indices.Count : 0, count, returned)) {
+    if (!CanWrite(face, &ModelFace::Indices, indices, count, returned)) {
         return Failure;
     }
     std::copy_n(State().Open->Indices.begin() + face->Indices.First, count, indices);

@@ -1,8 +1,7 @@
 // Images, image reps and the texture writer. A texture id is an image's number from 1 on, so the writer
-// has nothing to remember.
+// has no state of its own.
 #include "provider/operations/ProviderState.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace {
@@ -11,7 +10,7 @@ const ModelImage* FindImage(ImageHandle image) {
     return FindElement(image.Value, HandleKind::Image, &Model::Images);
 }
 
-// The writer belongs to no model: it may be made before one and used with the next.
+// The writer belongs to no model: a caller can create it before it opens one and keep it for the next.
 constexpr uint64_t TheTextureWriter = HandleValue({HandleKind::TextureWriter, ElementKind::None, 0, 0});
 
 bool IsTextureWriter(TextureWriterHandle textureWriter) {
@@ -23,11 +22,7 @@ bool IsTextureWriter(TextureWriterHandle textureWriter) {
 extern "C" {
 
 DrawingElementHandle SUImageToDrawingElement(ImageHandle image) {
-    if (FindImage(image) == nullptr) {
-        return {0};
-    }
-    return {
-        ModelHandleValue(HandleKind::DrawingElement, PartsOf(image.Value).Index, ElementKind::Image)};
+    return DrawingElementOf(FindImage(image), image.Value, ElementKind::Image);
 }
 
 EntityHandle SUImageToEntity(ImageHandle image) {
@@ -43,22 +38,11 @@ int32_t SUImageGetFileName(ImageHandle image, StringHandle* fileName) {
 }
 
 int32_t SUImageGetTransform(ImageHandle image, double transform[TransformValues]) {
-    const ModelImage* found = FindImage(image);
-    if (found == nullptr || transform == nullptr) {
-        return Failure;
-    }
-    std::ranges::copy(found->Placement, transform);
-    return Success;
+    return WritePlacement(FindImage(image), transform);
 }
 
 int32_t SUImageRepCreate(ImageRepHandle* imageRep) {
-    if (imageRep == nullptr) {
-        return Failure;
-    }
-    return WithoutExceptions([&] {
-        imageRep->Value = UseSlot(State().ImageReps, HandleKind::ImageRep);
-        return Success;
-    });
+    return CreateInSlot(State().ImageReps, HandleKind::ImageRep, imageRep);
 }
 
 int32_t SUImageGetImageRep(ImageHandle image, ImageRepHandle* imageRep) {
@@ -85,16 +69,7 @@ int32_t SUImageRepGetPixelDimensions(ImageRepHandle imageRep, uint64_t* width, u
 }
 
 int32_t SUImageRepRelease(ImageRepHandle* imageRep) {
-    Slot<ImageRep>* slot = imageRep != nullptr
-                               ? FindSlot(State().ImageReps, HandleKind::ImageRep, imageRep->Value)
-                               : nullptr;
-    if (slot == nullptr) {
-        return Failure;
-    }
-    slot->Value = {};
-    slot->Used = false;
-    imageRep->Value = 0;
-    return Success;
+    return ReleaseSlot(State().ImageReps, HandleKind::ImageRep, imageRep);
 }
 
 int32_t SUTextureWriterCreate(TextureWriterHandle* textureWriter) {

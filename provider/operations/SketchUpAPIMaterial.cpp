@@ -109,13 +109,7 @@ int32_t SUTextureWriteToFile(TextureHandle texture, const char* path) {
 }
 
 int32_t SUStringCreate(StringHandle* string) {
-    if (string == nullptr) {
-        return Failure;
-    }
-    return WithoutExceptions([&] {
-        string->Value = UseSlot(State().Strings, HandleKind::String);
-        return Success;
-    });
+    return CreateInSlot(State().Strings, HandleKind::String, string);
 }
 
 int32_t SUStringGetUTF16(StringHandle string, uint64_t limit, char16_t* text, uint64_t* length) {
@@ -126,7 +120,7 @@ int32_t SUStringGetUTF16(StringHandle string, uint64_t limit, char16_t* text, ui
     size_t count = slot->Value.size();
     if (count > limit - 1) {
         count = limit - 1;
-        // Half of a surrogate pair would be no text.
+        // Half of a surrogate pair is not text.
         count -= count > 0 && IsHighSurrogate(slot->Value[count - 1]) ? 1 : 0;
     }
     std::copy_n(slot->Value.begin(), count, text);
@@ -136,14 +130,6 @@ int32_t SUStringGetUTF16(StringHandle string, uint64_t limit, char16_t* text, ui
 }
 
 int32_t SUStringRelease(StringHandle* string) {
-    Slot<std::u16string>* slot =
-        string != nullptr ? FindSlot(State().Strings, HandleKind::String, string->Value) : nullptr;
-    if (slot == nullptr) {
-        return Failure;
-    }
-    slot->Value = {};
-    slot->Used = false;
-    string->Value = 0;
-    return Success;
+    return ReleaseSlot(State().Strings, HandleKind::String, string);
 }
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// One line on standard error, whatever file name and text hold.
+// One line on standard error: control characters become blanks.
 void ReportLine(std::string_view path, std::string_view text) {
     std::string line = std::string(path) + ": " + std::string(text);
     for (char& c : line) {
@@ -55,7 +55,7 @@ void SUInitialize(void) {
 }
 
 void SUTerminate(void) {
-    // The serial number stays, so that handles from before stay invalid.
+    // The serial number is kept, so that earlier handles stay invalid.
     const uint32_t serial = State().Serial;
     State() = ProviderState{};
     State().Serial = serial;
@@ -77,7 +77,7 @@ int32_t SUModelCreateFromFile(ModelHandle* model, const char* path) {
             isOpen = OpenModel(Utf16FromUtf8(path), *opened, error);
         } catch (const std::bad_alloc&) {
             opened = nullptr;
-            error = "there is not enough memory";
+            error = "not enough memory";
         }
         if (!isOpen) {
             ReportLine(path, error);

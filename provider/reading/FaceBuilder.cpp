@@ -1,13 +1,13 @@
-// Faces of a model from ready geometry. A triangulation that turns to all sides is cut by the axis to
-// which each triangle points most: simple, and never more than six faces.
+// Builds faces from triangulated geometry. A triangulation that faces all directions is split by the
+// axis to which each triangle points most: simple, and at most six faces.
 #include "provider/reading/FaceBuilder.h"
 
 #include <algorithm>
 #include <numeric>
 #include <span>
 
-// Cosine of the angle between a triangle's normal and the face's: triangles closer to edge-on than this
-// could change sides when the coordinates are rounded.
+// Cosine of the angle between a triangle's normal and the face's. Triangles closer to edge-on could
+// change sides when the coordinates are rounded.
 constexpr double SmallestTurn = 1e-3;
 
 constexpr size_t AxisCount = 6;
@@ -16,7 +16,7 @@ constexpr std::array<Point3, AxisCount> Axes = {Point3{1, 0, 0},  Point3{-1, 0, 
 
 namespace {
 
-// Has the length of twice the triangle's area.
+// Its length is twice the triangle's area.
 Point3 NormalOfTriangle(const FaceGeometry& geometry, size_t firstIndex) {
     const Point3 a = geometry.Positions[geometry.Indices[firstIndex]];
     const Point3 b = geometry.Positions[geometry.Indices[firstIndex + 1]];
@@ -24,7 +24,7 @@ Point3 NormalOfTriangle(const FaceGeometry& geometry, size_t firstIndex) {
     return Cross(b - a, c - a);
 }
 
-// The common normal of all triangles, if all of them turn to its side.
+// The common normal of all triangles, if all of them face its side.
 bool FindCommonNormal(const FaceGeometry& geometry, Point3& normal) {
     Point3 sum;
     for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
@@ -51,7 +51,7 @@ size_t AxisOf(Point3 normal) {
     return 2 * best + (parts[best] < 0.0 ? 1 : 0);
 }
 
-// Appends values to an array of the model; gives the index of the first, or NoIndex where there are
+// Appends values to an array of the model. Returns the index of the first, or NoIndex if there are
 // none.
 uint32_t Append(std::vector<Point3>& array, const std::vector<Point3>& values) {
     const uint32_t first = values.empty() ? NoIndex : static_cast<uint32_t>(array.size());
@@ -59,7 +59,7 @@ uint32_t Append(std::vector<Point3>& array, const std::vector<Point3>& values) {
     return first;
 }
 
-// Appends triangles of one axis as a face with the vertices that they use. newIndices has NoIndex for
+// Appends triangles of one axis as a face with the vertices that they use. newIndices is NoIndex for
 // each vertex, before and after.
 void AddPart(Model& model, const FaceGeometry& whole, std::span<const uint32_t> triangles, size_t axis,
              std::vector<uint32_t>& newIndices) {
@@ -81,7 +81,7 @@ void AddPart(Model& model, const FaceGeometry& whole, std::span<const uint32_t> 
             *index++ = newIndices[vertex];
         }
     }
-    // Gives the index of the first, or NoIndex where there are none.
+    // Returns the index of the first, or NoIndex if there are none.
     const auto appendUsed = [&](const std::vector<Point3>& values, std::vector<Point3>& array) {
         const size_t first = array.size();
         array.resize(first + (values.empty() ? 0 : used.size()));
@@ -126,7 +126,7 @@ void AddTriangulation(Model& model, const FaceGeometry& geometry) {
     }
     const size_t count = geometry.Indices.size() / 3;
     std::vector<uint8_t> axes(count);
-    std::array<size_t, AxisCount + 1> ends = {}; // of each axis, one place on: where the next begins
+    std::array<size_t, AxisCount + 1> ends = {}; // where the triangles of each axis begin, then the end
     size_t axis = AxisOf(normal);
     for (size_t triangle = 0; triangle < count; ++triangle) {
         // A triangle without area goes with the one before it.
@@ -137,7 +137,7 @@ void AddTriangulation(Model& model, const FaceGeometry& geometry) {
     }
     std::partial_sum(ends.begin(), ends.end(), ends.begin());
     std::array<size_t, AxisCount + 1> places = ends;
-    std::vector<uint32_t> order(count); // the triangles by their axes
+    std::vector<uint32_t> order(count); // the triangles, sorted by axis
     for (size_t triangle = 0; triangle < count; ++triangle) {
         order[places[axes[triangle]]++] = static_cast<uint32_t>(triangle);
     }

@@ -1,11 +1,11 @@
-// The pictures of a model in an interchange format. Callers that write pictures tell them apart by
-// their names alone, regardless of case.
+// The pictures of a model in an interchange format. Callers that write pictures distinguish them by
+// name alone, ignoring case.
 #include "provider/reading/ImportedPictures.h"
 
 #include "platform/Files.h"
 #include "platform/Text.h"
 
-// UTF-16 units; readers of names cut longer ones off.
+// UTF-16 units; readers of names truncate longer ones.
 constexpr size_t LongestName = 200;
 
 namespace {
@@ -60,8 +60,8 @@ uint32_t TakePictureFile(ImportedPictures& pictures, Model& model, const std::u1
         return found->second;
     }
     std::vector<uint8_t> bytes;
-    // Models often name pictures by where they were on the machine that made them, which may be one
-    // whose separator is the colon: here every colon separates.
+    // Models often contain the paths of the machine that made them. Its separator may be the colon, so
+    // every colon separates here.
     const std::u16string bare = file.substr(file.find_last_of(u"/\\:") + 1);
     if (bare.empty() || (!ReadWholeFile(PathIn(pictures.Directory, file), bytes) &&
                          !ReadWholeFile(pictures.Directory + bare, bytes))) {
@@ -79,7 +79,7 @@ uint32_t TakeTexels(ImportedPictures& pictures, Model& model, const std::u16stri
     }
     ModelPicture picture;
     if (!MakePicture(width, height, texels, picture)) {
-        return RefusePicture(pictures, model, key, name, "has no size or too large a one");
+        return RefusePicture(pictures, model, key, name, "is empty or too large");
     }
     return KeepPicture(pictures, model, key, name, std::move(picture));
 }

@@ -8,22 +8,22 @@
 #include <unordered_map>
 
 constexpr uint32_t TextLengthBits = 32;
-// Distinct keys that fit the key field of a value.
+// Distinct keys that fit into the key field of a value.
 constexpr size_t MostKeys = (size_t{1} << 29) - 1;
 
-// Of the last token read, in bytes: what a message shows of it.
+// Bytes of the last token that a message shows.
 constexpr size_t LongestToken = 40;
 
 namespace {
 
-// The names of its operations are the parser's. Each gives false to end the parsing.
+// Receives the parser's events under the parser's names. Returning false ends the parsing.
 struct TapeBuilder {
     JsonTape& Tape;
-    std::vector<uint32_t> Open; // arrays and objects that have begun and not ended
+    std::vector<uint32_t> Open; // arrays and objects that are not closed yet
     std::unordered_map<std::string, uint32_t> KeyNumbers;
     uint32_t PendingKey = 0;
     std::string Error;
-    size_t ErrorPosition = 0; // bytes read up to the error; 0 if the place is the last value
+    size_t ErrorPosition = 0; // bytes read up to the error; 0 if unknown
 
     bool Add(JsonKind kind, uint64_t content) {
         if (Tape.Values.size() >= std::numeric_limits<uint32_t>::max()) {
@@ -42,7 +42,7 @@ struct TapeBuilder {
 
     bool Begin(JsonKind kind) {
         if (Open.size() >= DeepestJson) {
-            Error = "arrays and objects are nested too deep";
+            Error = "arrays and objects are nested too deeply";
             return false;
         }
         Open.push_back(static_cast<uint32_t>(Tape.Values.size()));
@@ -55,8 +55,7 @@ struct TapeBuilder {
         return true;
     }
 
-    // The names of what follows are the library's.
-    // NOLINTBEGIN(readability-identifier-naming)
+    // The library defines the names below.
     bool null() {
         return Add(JsonKind::Null, 0);
     }
@@ -78,7 +77,7 @@ struct TapeBuilder {
         return Add(JsonKind::Text, offset << TextLengthBits | text.size());
     }
     bool binary(const std::vector<uint8_t>&) {
-        return false; // never in a text
+        return false; // does not occur in text
     }
     bool start_object(size_t) {
         return Begin(JsonKind::Object);
@@ -107,7 +106,7 @@ struct TapeBuilder {
     }
     bool parse_error(size_t position, const std::string& lastToken,
                      const nlohmann::json::exception& exception) {
-        constexpr int numberOutOfRange = 406; // the library's number for it
+        constexpr int numberOutOfRange = 406; // the library's error number
         Error = exception.id == numberOutOfRange ? "the number is too large" : "this is not valid JSON";
         Error += " (last read: '" + lastToken.substr(0, LongestToken) + "')";
         ErrorPosition = position;
@@ -121,7 +120,7 @@ struct TapeBuilder {
 bool ParseJson(std::string_view text, JsonTape& tape, std::string& error) {
     tape = {};
     tape.Keys.emplace_back();
-    // Offsets of texts must fit their half of a value.
+    // Offsets of texts must fit into their half of a value.
     if (text.size() > std::numeric_limits<uint32_t>::max()) {
         error = "the document is too large";
         return false;

@@ -1,4 +1,4 @@
-// From a node tree to lists of elements, level by level, so that each list's elements are contiguous.
+// Converts a node tree to lists of elements, level by level, so that each list is contiguous.
 #include "provider/reading/NodeTree.h"
 
 #include <algorithm>
@@ -6,11 +6,11 @@
 
 namespace {
 
-// The axis that replaces each axis, and its sign, when Y is up.
+// With Y up: the old axis of each new one, and its sign.
 constexpr std::array<size_t, 4> OldAxis = {0, 2, 1, 3};
 constexpr std::array<double, 4> OldSign = {1.0, -1.0, 1.0, 1.0};
 
-// The nodes level by level from the top.
+// The nodes level by level from the root.
 bool OrderNodes(const ImportedTree& tree, std::vector<uint32_t>& order, std::string& error) {
     std::vector<bool> seen(tree.Nodes.size());
     order = {0};
@@ -20,7 +20,7 @@ bool OrderNodes(const ImportedTree& tree, std::vector<uint32_t>& order, std::str
     for (size_t i = 0; i < order.size(); ++i) {
         if (i == levelEnd) {
             levelEnd = order.size();
-            // One more level is kept for the instance of a shared mesh.
+            // One level is reserved for the instance of a shared mesh.
             if (++level > DeepestNesting - 1) {
                 error = "nodes are nested deeper than " + std::to_string(DeepestNesting - 1) + " levels";
                 return false;
@@ -28,7 +28,7 @@ bool OrderNodes(const ImportedTree& tree, std::vector<uint32_t>& order, std::str
         }
         for (const uint32_t child : tree.Nodes[order[i]].Children) {
             if (child >= tree.Nodes.size() || seen[child]) {
-                error = "a node contains itself or stands in two places";
+                error = "a node contains itself or occurs twice in the tree";
                 return false;
             }
             seen[child] = true;
@@ -75,7 +75,7 @@ bool AddInstance(Placing& placing, uint32_t mesh) {
     return true;
 }
 
-// Fills the list of a node and appends the lists of its children, whose nodes go to waiting.
+// Fills the list of a node, appends the lists of its children and adds them to waiting.
 bool FillList(Placing& placing, uint32_t list, const ImportedNode& node,
               std::vector<std::pair<uint32_t, uint32_t>>& waiting) {
     Model& model = placing.Output;
@@ -120,7 +120,7 @@ Transform ToModelAxes(UpAxis up, const Transform& transform) {
     Transform turned;
     for (size_t row = 0; row < 4; ++row) {
         for (size_t column = 0; column < 4; ++column) {
-            // Plus zero makes a plain zero of a negative one.
+            // Adding zero makes negative zeros positive.
             turned[row * 4 + column] =
                 OldSign[row] * OldSign[column] * transform[OldAxis[row] * 4 + OldAxis[column]] + 0.0;
         }
@@ -157,7 +157,7 @@ bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error) {
         return false;
     }
     if (model.Faces.empty()) {
-        error = "there are no triangles in it";
+        error = "the file has no triangles";
         return false;
     }
     return true;

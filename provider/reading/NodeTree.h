@@ -1,4 +1,4 @@
-// From the node tree of an interchange format to groups, definitions and instances.
+// Converts the node tree of an interchange format to groups, definitions and instances.
 #pragma once
 
 #include "provider/model/Model.h"
@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-// How a format's axes become the model's: from Y up, (x, y, z) becomes (x, -z, y); from Z up, nothing
+// The up axis of a format. With Y up, (x, y, z) becomes (x, -z, y) in the model; with Z up, nothing
 // changes.
 enum class UpAxis : uint8_t { Y, Z };
 
 Point3 ToModelAxes(UpAxis up, Point3 point);
-// The same for a transformation between two places that both have the format's axes.
+// The same for a transformation between two spaces with the format's axes.
 Transform ToModelAxes(UpAxis up, const Transform& transform);
 
 struct ImportedNode {
@@ -23,14 +23,15 @@ struct ImportedNode {
 };
 
 struct ImportedTree {
-    std::vector<ImportedNode> Nodes; // the first holds what the model itself holds; its placement and
-                                     // name are not used
+    std::vector<ImportedNode> Nodes; // the first is the model itself; its placement and name
+                                     // are not used
     std::vector<std::u16string> MeshNames;
-    std::function<bool(uint32_t mesh)> AddFaces; // appends a mesh's faces to the model; called once each
+    // Appends a mesh's faces to the model. Called once per mesh; false ends the placing.
+    std::function<bool(uint32_t mesh)> AddFaces;
 };
 
-// Fills the lists of a model that has none yet. A node becomes a group, unless neither it nor any node
-// below it has a mesh; a mesh that is used more than once becomes a definition, and an instance wherever
-// it is used. Gives false, and the reason in error, when nodes form no tree or one that is too deep, or
-// when AddFaces gives false.
+// Fills the lists of a model without any. A node becomes a group if it or a node below it has a mesh. A
+// mesh that is used more than once becomes a definition, with an instance per use. Returns false, with
+// the reason in error, if the nodes form no tree or one that is too deep, if there are no triangles or
+// too many, or if AddFaces returns false.
 bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error);

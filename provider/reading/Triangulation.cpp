@@ -1,5 +1,5 @@
-// Plane polygons with holes to triangles: a fan for convex outlines, the sweep of the GLU tesselator for
-// everything else. The tesselator needs no display.
+// Triangulates plane polygons with holes: a fan for convex outlines, otherwise the sweep of the GLU
+// tesselator, which needs no display.
 #include "provider/reading/Triangulation.h"
 
 #include <GL/glu.h>
@@ -7,14 +7,14 @@
 #include <algorithm>
 #include <memory>
 
-// Twice the area of a loop over the square of its size: below this the area is rounding alone.
+// Twice the area of a loop over the square of its size. A smaller area is rounding error.
 constexpr double SmallestRelativeArea = 1e-12;
 
 bool NormalOfLoop(std::span<const Point3> loop, Point3& normal) {
     Point3 sum;
     double size = 0.0;
     for (size_t i = 0; i < loop.size(); ++i) {
-        // Taken from the first corner, so that a face far from the origin keeps its digits.
+        // Relative to the first corner, so that a face far from the origin keeps its precision.
         const Point3 a = loop[i] - loop[0];
         const Point3 b = loop[(i + 1) % loop.size()] - loop[0];
         sum = sum + Cross(a, b);
@@ -32,7 +32,7 @@ double Turn(Point3 a, Point3 b, Point3 c, Point3 normal) {
     return Dot(Cross(b - a, c - b), normal);
 }
 
-// Convex, without corners in line, and going round once.
+// Convex, without collinear corners, and with a single turn.
 bool IsConvex(std::span<const Point3> loop, Point3 normal) {
     const size_t count = loop.size();
     for (size_t i = 0; i < count; ++i) {
@@ -49,8 +49,8 @@ bool IsConvex(std::span<const Point3> loop, Point3 normal) {
     return true;
 }
 
-// What the tesselator's callbacks work on. Indices of points travel through it as pointers, one higher
-// so that none is null.
+// The data of the tesselator's callbacks. Point indices pass through it as pointers, plus one so that
+// none is null.
 struct Sweep {
     PolygonTriangulation* Polygon = nullptr;
     bool Failed = false;
@@ -65,7 +65,7 @@ uint32_t IndexOf(const void* pointer) {
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(pointer) - 1);
 }
 
-// No exception may leave a callback: there is C above it.
+// No exception may leave a callback: its caller is C.
 void OnVertex(void* vertex, void* data) {
     Sweep& sweep = *static_cast<Sweep*>(data);
     try {
@@ -82,8 +82,8 @@ void OnCombine(GLdouble[3], void* points[4], GLfloat weights[4], void** result, 
         return; // coincident corners: one of them represents both
     }
     try {
-        // The position that the tesselator offers is a sum with weights in single precision; as steps
-        // from one of the points it keeps its digits far from the origin.
+        // The tesselator's position is a sum with weights in single precision. As steps from one of the
+        // points it keeps its precision far from the origin.
         std::vector<Point3>& corners = sweep.Polygon->Points;
         CrossingPoint crossing;
         Point3 position = corners[IndexOf(points[0])];
@@ -103,7 +103,7 @@ void OnCombine(GLdouble[3], void* points[4], GLfloat weights[4], void** result, 
     }
 }
 
-// Its presence makes the tesselator give separate triangles, no strips and fans.
+// With this callback the tesselator returns separate triangles, no strips and fans.
 void OnEdgeFlag(GLboolean, void*) {
 }
 
@@ -111,7 +111,7 @@ void OnError(GLenum, void* data) {
     static_cast<Sweep*>(data)->Failed = true;
 }
 
-// The form in which the tesselator takes callbacks of all kinds.
+// The type in which the tesselator takes all callbacks.
 template <class Function> auto Callback(Function function) {
     return reinterpret_cast<void (*)()>(function);
 }
@@ -149,12 +149,12 @@ bool TriangulatePolygon(PolygonTriangulation& polygon, Point3 normal) {
     gluTessCallback(tesselator.get(), GLU_TESS_COMBINE_DATA, Callback(OnCombine));
     gluTessCallback(tesselator.get(), GLU_TESS_EDGE_FLAG_DATA, Callback(OnEdgeFlag));
     gluTessCallback(tesselator.get(), GLU_TESS_ERROR_DATA, Callback(OnError));
-    // With holes turned against the outline this is the outline minus all that the holes cover, also
-    // where holes overlap or leave the outline.
+    // With holes wound against the outline, this is the outline minus all that the holes cover, even if
+    // holes overlap or cross the outline.
     gluTessProperty(tesselator.get(), GLU_TESS_WINDING_RULE, GLU_TESS_WINDING_POSITIVE);
     gluTessNormal(tesselator.get(), normal.X, normal.Y, normal.Z);
 
-    // Crossings are added to Points during the sweep, but only after all loops have gone in.
+    // The sweep appends crossings to Points, but only after all loops are added.
     gluTessBeginPolygon(tesselator.get(), &sweep);
     uint32_t first = 0;
     for (const uint32_t end : polygon.LoopEnds) {

@@ -318,13 +318,13 @@ TEST(ProviderFormats, ReportsUnusableGltf) {
     }
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"\"extensionsRequired\": [\"KHR_draco_mesh_compression\"], " + OneNode,
-         "the file needs the glTF extension \"KHR_draco_mesh_compression\", which is not read here"},
+         "the file requires the glTF extension \"KHR_draco_mesh_compression\", which is not supported"},
         {"\"nodes\": [{\"children\": [1]}, {\"children\": [0]}], \"scenes\": [{\"nodes\": [0]}]",
-         "a node contains itself or stands in two places"},
+         "a node contains itself or occurs twice in the tree"},
         {chain + "{\"mesh\": 0}]", "nodes are nested deeper than 511 levels"},
         {"\"nodes\": [{\"mesh\": 1}]", "nodes[0]: the mesh does not exist"},
         {OneNode, "meshes[0].primitives[0]: the material does not exist"},
-        {"\"nodes\": []", "there are no triangles in it"},
+        {"\"nodes\": []", "the file has no triangles"},
     };
     for (const auto& [members, expected] : cases) {
         Model model;
@@ -444,7 +444,7 @@ TEST(ProviderFormats, ReportsFormatsThatNeedAssimp) {
     Model model;
     std::string error;
     EXPECT_FALSE(OpenModel(WriteTestText(u"a.obj", "v 0 0 0\n"), model, error));
-    EXPECT_EQ(error, "this format is read through the assimp library, which this build leaves out");
+    EXPECT_EQ(error, "this format requires the assimp library, which this build does not include");
 }
 
 #endif

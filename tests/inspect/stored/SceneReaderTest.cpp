@@ -153,8 +153,7 @@ TEST(SceneReader, ReportsOffsetAndReason) {
     EXPECT_EQ(FaultWith(MaterialAt, 1), "at byte 404: material record: magic is 00000001, not 32443244");
     EXPECT_EQ(FaultWith(RootAt + 328, 0xFFFFFFFF),
               "at byte 340: node record: mesh count is negative: -1");
-    EXPECT_EQ(FaultWith(RootAt + 328, 0),
-              "at byte 352: end of file: 314 bytes left over behind the last block");
+    EXPECT_EQ(FaultWith(RootAt + 328, 0), "at byte 352: end of file: 314 bytes after the last block");
     EXPECT_EQ(FaultWith(RootAt + 332, 1), "at byte 344: node record: child count is 1, above 0, the "
                                           "most that the rest of the file can hold");
     EXPECT_EQ(
@@ -171,7 +170,7 @@ TEST(SceneReader, ReportsOffsetAndReason) {
     EXPECT_EQ(FaultWith(MaterialAt + 4, 7), "at byte 540: material name: no NUL at its end");
     EXPECT_EQ(FaultWith(MaterialAt + 4, 9), "at byte 542: material name: NUL before its end");
     EXPECT_EQ(FaultWith(MaterialAt + 12, std::bit_cast<uint32_t>(0.5F)),
-              "at byte 416: material record: colour 3F000000 is no byte divided by 255");
+              "at byte 416: material record: colour 3F000000 isn't a byte divided by 255");
     EXPECT_EQ(FaultWith(IndicesAt + 8, 3),
               "at byte 662: index array: index 3 isn't below the vertex count 3");
     EXPECT_EQ(FaultOf({}), "at byte 0: file header: 12 bytes needed, 0 left");
@@ -234,7 +233,7 @@ TEST(SceneReader, RejectsUnterminatedNodeNames) {
     AddNode(bytes, std::string(256, 'x'), 0, 0);
     EXPECT_EQ(FaultOf(bytes), "at byte 16: node record: no NUL in the name");
     bytes[RootAt + 4 + 10] = 0;
-    EXPECT_EQ(FaultOf(bytes), "at byte 27: node record: byte behind the name's NUL is 78, not 00");
+    EXPECT_EQ(FaultOf(bytes), "at byte 27: node record: byte after the name's NUL is 78, not 00");
 }
 
 TEST(SceneReader, RejectsEveryOtherLength) {
@@ -252,9 +251,9 @@ TEST(SceneReader, RejectsEveryOtherLength) {
     }
     file.push_back(0);
     EXPECT_EQ(FaultOfStream(file), "at byte " + std::to_string(file.size() - 1) +
-                                       ": end of file: bytes left over behind the last block");
+                                       ": end of file: bytes after the last block");
     EXPECT_EQ(FaultOf(file), "at byte " + std::to_string(file.size() - 1) +
-                                 ": end of file: 1 bytes left over behind the last block");
+                                 ": end of file: 1 byte after the last block");
 }
 
 // Allocating for one of these counts would take gigabytes.
