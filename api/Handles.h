@@ -1,10 +1,10 @@
-// The opaque handles of the model library, one type per kind so that the compiler tells them apart.
+// The opaque handles of the model library, one type per kind so that the compiler distinguishes them.
 #pragma once
 
 #include <cstdint>
 
-// Each handle is an 8-byte value that crosses the library's boundary by value. 0 is the null handle.
-// Handles are only ever tested for null and compared for equality.
+// A handle has 8 bytes and is passed by value. 0 is the null handle. Handles are only tested for null
+// and compared for equality.
 // clang-format off
 struct ModelHandle               { uint64_t Value; };
 struct EntitiesHandle            { uint64_t Value; };

@@ -1,5 +1,5 @@
-// A check of JPEG files ahead of the decoder: walks the segments up to the first scan in the decoder's
-// own way, and takes every marker for real from there on, since coded data has none.
+// Checks JPEG files before they are decoded. Walks the segments up to the first scan as the decoder
+// does. After that every marker counts, since coded data contains none.
 #include "picture/JpegCheck.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ constexpr size_t LengthSize = 2;
 // One byte for the kind of table, then the number of codes of each length from 1 to 16.
 constexpr size_t CodeLengths = 16;
 constexpr size_t TableHeader = 1 + CodeLengths;
-// The decoder numbers the codes of a table from 0 in a byte, in which 255 stands for none.
+// The decoder numbers the codes of a table from 0 in one byte; 255 means none.
 constexpr uint32_t MostCodes = 255;
 
 namespace {
@@ -22,7 +22,7 @@ size_t LengthAt(std::span<const uint8_t> bytes, size_t at) {
     return at + LengthSize <= bytes.size() ? size_t{bytes[at]} << 8 | bytes[at + 1] : 0;
 }
 
-// at is where the length of the segment stands.
+// at is the index of the segment's length.
 bool AreSoundTables(std::span<const uint8_t> bytes, size_t at) {
     const size_t end = std::min(bytes.size(), at + LengthAt(bytes, at));
     at += LengthSize;
@@ -34,14 +34,14 @@ bool AreSoundTables(std::span<const uint8_t> bytes, size_t at) {
         }
         at += TableHeader + codes;
     }
-    // The decoder reads a last table past the end of the segment.
+    // If bytes remain, the decoder reads a table past the end of the segment.
     return at >= end;
 }
 
 } // namespace
 
 bool HasSoundHuffmanTables(std::span<const uint8_t> bytes) {
-    // Any number of fill bytes may stand ahead of a marker, the first one too.
+    // Any number of fill bytes may precede a marker, including the first one.
     const auto start = static_cast<size_t>(
         std::ranges::find_if_not(bytes, [](uint8_t byte) { return byte == MarkerStart; }) -
         bytes.begin());

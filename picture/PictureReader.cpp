@@ -1,4 +1,4 @@
-// Reads pictures through stb_image, which is compiled here and nowhere else.
+// Decodes pictures with stb_image, which is compiled only here.
 #include "picture/PictureReader.h"
 
 #include "picture/JpegCheck.h"
@@ -8,8 +8,8 @@
 
 namespace {
 
-// Bytes of a file on their way into the decoder, which takes zeros for what is missing: that it ran out
-// has to be seen here.
+// The bytes of a file as a stream for the decoder. The decoder reads missing bytes as zeros, so the end
+// is detected here.
 struct PictureSource {
     std::span<const uint8_t> Bytes;
     size_t At = 0;
@@ -26,8 +26,8 @@ struct PictureSource {
 #define STBI_ONLY_TGA
 #define STBI_NO_STDIO
 #define STBI_MAX_DIMENSIONS static_cast<int>(LargestPictureSide)
-// A JPEG can use tables that it doesn't define, and the decoder then reads what memory happens to hold,
-// past its end at the worst. Zeros do no harm there, and give the same picture each time.
+// A JPEG can use tables that it doesn't define. The decoder then reads uninitialised memory, at worst
+// past its end. Zeros are harmless there, and yield the same picture each time.
 #define STBI_MALLOC(size) std::calloc(1, size)
 #define STBI_REALLOC(block, size) std::realloc(block, size)
 #define STBI_FREE(block) std::free(block)
@@ -36,7 +36,7 @@ struct PictureSource {
 
 namespace {
 
-// How much the decoder asks for when it fills its own buffer; only then may it get less.
+// The bytes that the decoder requests to fill its own buffer; only then it may get fewer.
 constexpr int DecoderBufferSize = sizeof(stbi__context::buffer_start);
 
 int ReadSource(void* user, char* data, int size) {
@@ -48,7 +48,7 @@ int ReadSource(void* user, char* data, int size) {
     return static_cast<int>(count);
 }
 
-// A negative count goes back.
+// A negative count moves back.
 void SkipSource(void* user, int count) {
     PictureSource& source = *static_cast<PictureSource*>(user);
     const auto end = static_cast<int64_t>(source.Bytes.size());
@@ -65,7 +65,7 @@ constexpr stbi_io_callbacks SourceCallbacks = {ReadSource, SkipSource, IsSourceA
 
 using Pixels = decltype(DecodedPicture::Pixels);
 
-// Null when the bytes can't be decoded or end too early.
+// Returns null if the bytes can't be decoded or end too early.
 Pixels Decode(std::span<const uint8_t> bytes, int& width, int& height, int& fileChannels, int channels) {
     PictureSource source = {bytes, 0, false};
     Pixels pixels(

@@ -1,4 +1,4 @@
-// Reads picture files: PNG, JPEG, BMP and TGA. Which of them it takes is up to the caller.
+// Decodes picture files: PNG, JPEG, BMP and TGA. Callers that accept fewer formats check first.
 #pragma once
 
 #include <cstddef>
@@ -8,10 +8,10 @@
 #include <optional>
 #include <span>
 
-// Bytes of the largest file that can be read.
+// The largest file, in bytes.
 constexpr size_t LargestPictureFile = INT32_MAX;
 
-// Pixels per side, and in all, of the largest picture: keeps a small file from asking for gigabytes.
+// The most pixels per side and in total, so that a small file can't request gigabytes.
 #ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
 constexpr uint32_t LargestPictureSide = 512;
 #else
@@ -30,12 +30,12 @@ struct DecodedPicture {
 };
 
 enum class PictureFault {
-    UnknownFile,   // No file of these kinds, or one whose headers aren't sound.
-    TooManyPixels, // See HasAllowedSize.
-    Undecodable,   // What follows the headers is broken or incomplete.
+    UnknownFile,   // not a file of these formats, or its headers are invalid
+    TooManyPixels, // see HasAllowedSize
+    Undecodable,   // the data after the headers is broken or incomplete
 };
 
-// Decodes up to LargestPictureFile bytes into the given number of channels, 0 for those of the file.
-// Gives nothing and fills picture, or the fault.
+// Decodes at most LargestPictureFile bytes to the given number of channels, 0 for that of the file.
+// Fills picture and returns nothing, or returns the fault.
 std::optional<PictureFault> DecodePicture(std::span<const uint8_t> bytes, uint32_t channels,
                                           DecodedPicture& picture);

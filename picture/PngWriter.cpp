@@ -1,4 +1,4 @@
-// Writes PNG files through stb_image_write, which is compiled here and nowhere else.
+// Writes PNG files with stb_image_write, which is compiled only here.
 #include "picture/PngWriter.h"
 
 #include <cassert>
@@ -22,7 +22,7 @@ uint32_t BigEndian(std::span<const uint8_t> bytes) {
 }
 
 uint32_t Checksum(std::span<const uint8_t> bytes) {
-    // The library only reads, whatever its parameter says.
+    // The library only reads, although its parameter isn't const.
     return stbiw__crc32(const_cast<uint8_t*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 

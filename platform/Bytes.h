@@ -6,13 +6,13 @@
 #include <span>
 #include <string_view>
 
-// The number in four bytes from a place on, lowest byte first. They must be there.
+// Returns the little-endian number in the four bytes from index at on, which must exist.
 constexpr uint32_t LittleEndian(std::span<const uint8_t> bytes, size_t at) {
     return uint32_t{bytes[at]} | uint32_t{bytes[at + 1]} << 8 | uint32_t{bytes[at + 2]} << 16 |
            uint32_t{bytes[at + 3]} << 24;
 }
 
-// Both are views: valid as long as the bytes that they show.
+// Both return a view, valid as long as the given bytes.
 inline std::string_view TextOfBytes(std::span<const uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }

@@ -1,4 +1,4 @@
-// Whole files in and out through the platform's streams, and the parts of paths. The same on every
+// Reads and writes whole files through the platform's streams, and splits paths. The same on every
 // system.
 #include "platform/Files.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Bytes.
+// Bytes per read.
 constexpr size_t ReadStep = size_t{1} << 20;
 
 // Where the last component of a path begins.
@@ -24,7 +24,7 @@ size_t ComponentStart(std::u16string_view path) {
 } // namespace
 
 bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits) {
-    // Before opening: to open a pipe without a writer blocks.
+    // Before opening, because opening a pipe without a writer blocks.
     if (!limits.AllowDevices && (FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
         return false;
     }
@@ -52,7 +52,7 @@ int WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) {
     if (file == nullptr) {
         return FailureReason();
     }
-    // Not every system's fclose reports buffered bytes that don't go out.
+    // Not every system's fclose reports buffered bytes that can't be written.
     const bool isWritten =
         (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size()) &&
         std::fflush(file) == 0;

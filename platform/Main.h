@@ -1,11 +1,11 @@
-// The start of a program, behind the system's own main, and its command line as UTF-16.
+// The entry point of a program, called by the system's main, and its command line in UTF-16.
 #pragma once
 
 #include <string>
 #include <vector>
 
-// Defined by each program; the result is the exit code.
+// Defined by each program. Returns the exit code.
 int Main();
 
-// The arguments, without the program's own name.
+// Returns the arguments without the program's name.
 std::vector<std::u16string> CommandLine();

@@ -1,4 +1,4 @@
-// main on POSIX: the arguments are taken as UTF-8 whatever the locale.
+// main on POSIX: arguments are UTF-8, whatever the locale.
 #include "platform/Main.h"
 #include "platform/Platform.h"
 
@@ -6,8 +6,8 @@
 #include <fcntl.h>
 #include <span>
 
-// Opens standard streams that the caller closed on the null device. Otherwise the next file opened would
-// become standard output and receive its lines.
+// Opens closed standard streams on the null device. Otherwise the next file opened would become standard
+// output and receive its lines.
 static void FillStandardStreams() {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) == -1 && open("/dev/null", O_RDWR) == -1) {
@@ -29,9 +29,9 @@ std::vector<std::u16string> CommandLine() {
 int main(int argc, char** argv) {
     commandLine = {argv, static_cast<size_t>(argc)};
     FillStandardStreams();
-    // A reader of standard output that goes away must not end a run: the write then just fails.
+    // A closed reader of standard output must not end the run: the write just fails.
     std::signal(SIGPIPE, SIG_IGN);
-    // Nor must a limit on the size of files: it counts as a full disk.
+    // Nor must the file size limit: it counts as a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
     return Main();
 }

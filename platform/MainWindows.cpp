@@ -1,4 +1,4 @@
-// wmain on Windows: the arguments come as UTF-16.
+// wmain on Windows: arguments are UTF-16.
 #include "platform/Main.h"
 
 #include <span>

@@ -1,4 +1,4 @@
-// The POSIX side of the platform layer. Names and output are UTF-8 whatever the locale says.
+// The POSIX side of the platform layer. Names and output are UTF-8, whatever the locale.
 #include "platform/Files.h"
 #include "platform/Platform.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The name under which the system knows a path.
+// Converts a path to the form of the system.
 std::string SystemPath(const std::u16string& path) {
     std::string name = Utf8FromUtf16(path);
     if (HasDrive(path)) {
@@ -31,15 +31,15 @@ constexpr std::array<char16_t, 32> Windows1252Upper = {
     0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
-// The absolute name without "." and "..", by its spelling alone.
+// Returns the absolute name without "." and "..", with links not followed.
 std::string SpelledName(const std::string& name) {
     std::error_code error;
     const fs::path absolute = fs::absolute(name, error);
     return (error ? fs::path(name) : absolute).lexically_normal().string();
 }
 
-// The absolute name with links followed, part by part from the root: std::filesystem stops at a link
-// whose target doesn't exist. A separator at the end stays: no file has such a name.
+// Returns the absolute name with links followed, part by part from the root: std::filesystem stops at a
+// link whose target doesn't exist. A closing separator stays: no file has such a name.
 std::string ResolvedName(const std::string& name) {
     constexpr int mostLinks = 40; // the system's own limit
     std::error_code error;
@@ -47,7 +47,7 @@ std::string ResolvedName(const std::string& name) {
     if (error) {
         return SpelledName(name);
     }
-    std::string resolved; // has no links, so that ".." takes away its last part
+    std::string resolved; // has no links, so ".." removes its last part
     for (int links = 0; !rest.empty();) {
         const std::string part = rest.substr(0, rest.find('/'));
         rest.erase(0, part.size() + 1);
@@ -65,7 +65,7 @@ std::string ResolvedName(const std::string& name) {
             if (target.is_absolute()) {
                 resolved.clear();
             }
-        } else if (error == std::errc::invalid_argument || // exists and is no link
+        } else if (error == std::errc::invalid_argument || // exists and is not a link
                    error == std::errc::no_such_file_or_directory ||
                    error == std::errc::not_a_directory) {
             resolved = next;
@@ -76,7 +76,7 @@ std::string ResolvedName(const std::string& name) {
     return name.ends_with('/') ? resolved + '/' : resolved;
 }
 
-// A file with one link has one name. Its number adds nothing then, and can be wrong: on some file
+// Compares numbers only of files with several links. A file with one link has one name, and on some file
 // systems, such as shares and folders of a virtual machine's host, all files have the same number.
 bool AreHardLinks(const std::string& a, const std::string& b) {
     struct stat first = {};
@@ -125,7 +125,7 @@ bool NameOneFile(const std::u16string& a, const std::u16string& b) {
 }
 
 bool CreateOneDirectory(const std::u16string& path) {
-    constexpr mode_t everybody = 0777; // less what the process's mask takes away
+    constexpr mode_t everybody = 0777; // reduced by the process's umask
     return mkdir(SystemPath(path).c_str(), everybody) == 0;
 }
 

@@ -1,4 +1,4 @@
-// The Windows side of the platform layer: wide-character calls all through.
+// The Windows side of the platform layer, with wide-character calls only.
 #include "platform/Platform.h"
 
 #include <cerrno>
@@ -13,32 +13,32 @@ std::wstring Wide(std::u16string_view text) {
     return {text.begin(), text.end()};
 }
 
-// The console behind standard output, or null if that is a file or a pipe.
+// Returns the console of standard output, or null if that is a file or a pipe.
 HANDLE ConsoleOutput() {
     HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     return handle != nullptr && GetConsoleMode(handle, &mode) != 0 ? handle : nullptr;
 }
 
-// Room for any name, with its closing NUL.
+// UTF-16 units of the longest name, closing NUL included.
 constexpr DWORD NameUnits = 32768;
 
-// Opens a file or directory only to ask about it, which works also while it is in use. The caller closes
-// the handle.
+// Opens a file or directory for queries only, which works even while it is in use. The caller closes the
+// handle.
 HANDLE OpenToExamine(const std::wstring& name) {
     return CreateFileW(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                        OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
 }
 
-// The absolute name without "." and "..", by its spelling alone: also without the dots and spaces at the
-// end that the system drops.
+// Returns the absolute name without "." and "..", with links not followed. Trailing dots and spaces are
+// dropped, as the system does.
 std::wstring SpelledName(const std::wstring& name) {
     std::wstring spelled(NameUnits, L'\0');
     const DWORD units = GetFullPathNameW(name.c_str(), NameUnits, spelled.data(), nullptr);
     return units != 0 && units < NameUnits ? spelled.substr(0, units) : name;
 }
 
-// The name with links followed of what exists; empty on failure.
+// Returns the name of an existing file with links followed; empty on failure.
 std::wstring FinalName(const std::wstring& name) {
     std::wstring found(NameUnits, L'\0');
     HANDLE file = OpenToExamine(name);
@@ -52,9 +52,9 @@ std::wstring FinalName(const std::wstring& name) {
     return found;
 }
 
-// The absolute name with links followed in the deepest part that can be examined.
+// Returns the absolute name with links followed in the longest part that can be examined.
 std::wstring ResolvedName(const std::wstring& name) {
-    constexpr size_t driveUnits = 2; // also the separators before the name of a server
+    constexpr size_t driveUnits = 2; // or the separators before a server name
     const std::wstring spelled = SpelledName(name);
     for (size_t length = spelled.size(); length > driveUnits;) {
         std::wstring found = FinalName(spelled.substr(0, length));
@@ -64,14 +64,14 @@ std::wstring ResolvedName(const std::wstring& name) {
             }
             return found + spelled.substr(length);
         }
-        // Separators stay in front: without one, a drive stands for the directory that is current on it.
+        // The front part keeps its separator: a drive without one means its current directory.
         const size_t separator = spelled.rfind(L'\\', length - 2);
         length = separator == spelled.npos ? 0 : separator + 1;
     }
     return spelled;
 }
 
-// False if there is nothing of this name.
+// Returns false if the file can't be examined.
 bool Examine(const std::wstring& name, BY_HANDLE_FILE_INFORMATION& information) {
     HANDLE file = OpenToExamine(name);
     if (file == INVALID_HANDLE_VALUE) {
@@ -82,7 +82,7 @@ bool Examine(const std::wstring& name, BY_HANDLE_FILE_INFORMATION& information) 
     return isKnown != 0;
 }
 
-// A file with one link has one name. Its number adds nothing then, and can be wrong: on some file
+// Compares numbers only of files with several links. A file with one link has one name, and on some file
 // systems, such as shares and folders of a virtual machine's host, all files have the same number.
 bool AreHardLinks(const std::wstring& a, const std::wstring& b) {
     BY_HANDLE_FILE_INFORMATION first = {};
@@ -135,7 +135,7 @@ int PrintToStandardOutput(std::u16string_view text) {
                                            &written, nullptr) != 0;
         return printed && written == text.size() ? 0 : EIO;
     }
-    // As bytes: in text mode the CR LF of a line would become CR CR LF.
+    // Binary, since text mode would turn CR LF into CR CR LF.
     _setmode(_fileno(stdout), _O_BINARY);
     return PrintBytes(Utf8FromUtf16(text));
 }

@@ -1,4 +1,4 @@
-// Standard output as a stream of bytes, and the reasons of failed calls: the same on every system.
+// Byte output to standard output, and the reasons of failed calls. The same on every system.
 #include "platform/Platform.h"
 
 #include <cerrno>
@@ -9,7 +9,7 @@ int FailureReason() {
 
 int PrintBytes(std::string_view bytes) {
     errno = 0;
-    // Both are tried: what the stream takes before a failure still goes out.
+    // Flush even after a failed write: the stream may hold earlier bytes.
     const int writing =
         std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() ? 0 : FailureReason();
     const int flushing = std::fflush(stdout) == 0 ? 0 : FailureReason();

@@ -37,8 +37,8 @@ void AppendUtf8(std::string& text, char32_t code) {
     }
 }
 
-// A lead byte: how many bytes follow it, and the range of the first of them. The range keeps out
-// overlong forms, surrogates and codes above U+10FFFF.
+// A lead byte: how many bytes follow it, and the range of the first of them, which excludes overlong
+// forms, surrogates and codes above U+10FFFF.
 struct Lead {
     int Following; // -1 for a byte that can't lead
     uint8_t Low;

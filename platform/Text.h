@@ -1,13 +1,13 @@
-// Texts: between UTF-16 and UTF-8, case, digits. Pure text work, the same on every system.
+// Text operations: UTF-16 and UTF-8, case, digits. The same on every system.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// UTF-16 to UTF-8. Each unpaired surrogate becomes U+FFFD.
+// Converts UTF-16 to UTF-8. Each unpaired surrogate becomes U+FFFD.
 std::string Utf8FromUtf16(std::u16string_view text);
 
-// UTF-8 to UTF-16. Each maximal invalid sequence becomes U+FFFD.
+// Converts UTF-8 to UTF-16. Each maximal invalid sequence becomes U+FFFD.
 std::u16string Utf16FromUtf8(std::string_view text);
 
 constexpr bool IsHighSurrogate(char16_t unit) {
@@ -18,8 +18,8 @@ constexpr bool IsLowSurrogate(char16_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-// A text, in UTF-8 or UTF-16, with A to Z turned into a to z and every other unit as it is. Two texts
-// that give the same differ at most in the case of these letters.
+// Returns a UTF-8 or UTF-16 text with A to Z replaced by a to z. Texts with equal results differ at most
+// in the case of these letters.
 template <class Unit> std::basic_string<Unit> FoldCase(std::basic_string<Unit> text) {
     for (Unit& unit : text) {
         if (unit >= Unit{'A'} && unit <= Unit{'Z'}) {
@@ -29,7 +29,7 @@ template <class Unit> std::basic_string<Unit> FoldCase(std::basic_string<Unit> t
     return text;
 }
 
-// The value of a hexadecimal digit in either case, or -1.
+// Returns the value of a hexadecimal digit in either case, or -1.
 constexpr int HexDigit(char digit) {
     if (digit >= '0' && digit <= '9') {
         return digit - '0';

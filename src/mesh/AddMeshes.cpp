@@ -8,7 +8,7 @@ namespace {
 
 constexpr uint32_t NotInChunk = 0xFFFFFFFF;
 
-// Whether the vertices already stand in order of first use, all of them used.
+// Whether all vertices are used and already in order of first use.
 bool IsInOrderOfUse(const std::vector<uint32_t>& indices, size_t vertexCount) {
     uint32_t next = 0;
     const bool ascends = std::ranges::all_of(indices, [&next](uint32_t index) {
@@ -18,7 +18,7 @@ bool IsInOrderOfUse(const std::vector<uint32_t>& indices, size_t vertexCount) {
     return ascends && next == vertexCount;
 }
 
-// Appends a mesh. Its arrays take no more memory than they hold.
+// Appends a mesh whose arrays have no spare capacity.
 void AppendMesh(SceneNode& node, std::vector<uint32_t> indices, std::vector<Vertex> vertices,
                 int32_t materialIndex) {
     SceneMesh& mesh = node.Meshes.Append(std::make_unique<SceneMesh>());
@@ -39,7 +39,7 @@ void AddMeshes(SceneNode& node, std::vector<uint32_t> indices, VertexPool pool, 
         AppendMesh(node, std::move(indices), std::move(pool.Vertices), materialIndex);
         return;
     }
-    pool.Vertices.shrink_to_fit(); // welding has left most of its memory unused
+    pool.Vertices.shrink_to_fit(); // most of the capacity is unused after welding
     std::vector<uint32_t> remap(pool.Vertices.size(), NotInChunk);
     std::vector<uint32_t> chunkIndices;
     std::vector<Vertex> chunkVertices;
@@ -58,7 +58,7 @@ void AddMeshes(SceneNode& node, std::vector<uint32_t> indices, VertexPool pool, 
             AppendMesh(node, chunkIndices, chunkVertices, materialIndex);
             chunkIndices.clear();
             chunkVertices.clear();
-            // Only what the chunk has touched, so that many chunks don't each cost a whole pass.
+            // Reset only the entries of this chunk: a whole pass for each chunk would be slow.
             for (; begin < end; ++begin) {
                 remap[indices[begin]] = NotInChunk;
             }

@@ -1,4 +1,4 @@
-// Polygon batching: polygons of one material become one batch of triangles.
+// Polygon batching: welds and splits the triangles of each material as one batch.
 #include "mesh/AddPolygons.h"
 
 #include "mesh/AddMeshes.h"

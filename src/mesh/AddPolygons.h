@@ -1,12 +1,12 @@
-// Batching: the polygons of one list of entities become meshes, one batch per material.
+// Batching: converts the polygons of one list of entities to meshes, one batch per material.
 #pragma once
 
 #include "scene/SceneNode.h"
 
-// The distance, in every one of a vertex's eight floats, below which vertices are one.
+// Vertices that differ by less than this in each of their eight floats are merged.
 constexpr float WeldTolerance = 1e-5f;
 
-// Appends the meshes of a list to the node, in ascending order of material: per material one batch,
-// welded, and cut where it exceeds the size of a mesh. The list is empty afterwards: each pool is
-// released as soon as its meshes are made, so that at no time all are held twice.
+// Appends the meshes of a polygon list to the node, in ascending order of row: one batch per row,
+// welded, and split at the size of a mesh. The list is empty afterwards. Each pool is released once its
+// meshes are built, so that memory never holds everything twice.
 void AddPolygons(SceneNode& node, PolygonList& polygons);

@@ -1,5 +1,5 @@
-// Ranges of cells in single precision: each operation is rounded on its own, since the borders of the
-// cells decide results.
+// Cell ranges in single precision: each operation is rounded separately, since the borders of the cells
+// affect results.
 #include "mesh/WeldGrid.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ GridAxis MakeAxis(float min, float max, int32_t cells, float tolerance) {
     return {.Min = min, .Scale = scale, .Margin = margin + margin, .Cells = cells};
 }
 
-// The cells in which a vertex at this coordinate looks. Empty for a coordinate that gives no number.
+// Returns the cells that a vertex at this coordinate searches. Empty if the coordinate has no cell.
 CellRange SearchRange(const GridAxis& axis, float coordinate) {
     const float g = axis.Scale * (coordinate - axis.Min);
     constexpr float belowInt = -2147483648.0f;
@@ -52,8 +52,8 @@ bool Holds(const CellRange& range, int32_t cell) {
 } // namespace
 
 void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count) {
-    // In the way of ExtendBox, and the box in registers. The order of the arguments leaves the box as it
-    // is where a coordinate is equal or not a number.
+    // Like ExtendBox, with the box in registers. The order of the arguments keeps the box unchanged if a
+    // coordinate is equal or not a number.
     BoundingBox b = box;
     for (int32_t i = 0; i < count; ++i) {
         const Vec3& p = vertices[i].Position;
@@ -89,7 +89,7 @@ bool Reaches(const SearchBox& search, const SearchBox& entered) {
 }
 
 int32_t EntryCell(const SearchBox& box) {
-    // The exclusive upper bound can be a low corner only on paper: no coordinate reaches it.
+    // Low never equals the exclusive upper bound: no coordinate reaches it.
     assert(box.X.Low < CellsX && box.Y.Low < CellsY && box.Z.Low < CellsZ);
     return (box.X.Low * CellsY + box.Y.Low) * CellsZ + box.Z.Low;
 }

@@ -1,8 +1,8 @@
-// The coarse grid that decides which of several matches a vertex is merged with.
+// The coarse grid, which decides which of several matches a vertex is merged with.
 //
-// 64 x 8 x 64 cells lie over the pool's bounding box. A vertex searches a range of cells around its
-// position, in the order of their numbers, and is entered, if it is kept, in the first cell of its own
-// range. Entering it in the cell it lies in would change results.
+// The grid divides the pool's bounding box into 64 x 8 x 64 cells. A vertex searches a range of cells
+// around its position, in the order of their numbers. If it is kept, it is entered in the first cell of
+// its range. Entering it in the cell that contains it would change results.
 #pragma once
 
 #include "scene/SceneNode.h"
@@ -11,7 +11,7 @@
 
 // The cells along one axis of the grid.
 struct GridAxis {
-    float Min = 0;    // of the pool [Units: model's]
+    float Min = 0;    // of the pool [Units: model units]
     float Scale = 0;  // cells per unit
     float Margin = 0; // twice the tolerance [Units: cells]
     int32_t Cells = 0;
@@ -21,7 +21,7 @@ struct WeldGrid {
     GridAxis X;
     GridAxis Y;
     GridAxis Z;
-    bool Bounded = true; // no extent overflows: every finite position has a range that is not empty
+    bool Bounded = true; // no extent overflows: no finite position has an empty range
 };
 
 // Cells from Low up to but not including High.
@@ -30,14 +30,14 @@ struct CellRange {
     int32_t High = 0;
 };
 
-// What one position searches, per axis. Empty if a range is.
+// The cells that one position searches, per axis. Empty if a range is.
 struct SearchBox {
     CellRange X;
     CellRange Y;
     CellRange Z;
 };
 
-// Takes the positions of count vertices into the box.
+// Extends the box by the positions of count vertices.
 void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count);
 
 WeldGrid MakeWeldGrid(const std::vector<Vertex>& vertices, float tolerance);
@@ -46,8 +46,8 @@ SearchBox SearchBoxOf(const WeldGrid& grid, const Vec3& position);
 
 bool IsEmpty(const SearchBox& box);
 
-// Whether a search of this box comes by the cell in which a vertex with the entered box was entered.
+// Whether a search of this box visits the cell in which a vertex with the entered box was entered.
 bool Reaches(const SearchBox& search, const SearchBox& entered);
 
-// The number of the cell in which a vertex with this box, which is not empty, is entered.
+// Returns the number of the cell in which a vertex with this non-empty box is entered.
 int32_t EntryCell(const SearchBox& box);

@@ -1,4 +1,4 @@
-// Making, growing and filling the index.
+// Creates, grows and fills the index.
 #include "mesh/WeldIndex.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ void Reserve(WeldIndex& index, size_t count) {
     }
     const std::vector<IndexSlot> former = std::move(index.Slots);
     MakeSlots(index, former.size() * 2);
-    // Slots are nearly in the order of tags, so both tables are walked from front to back.
+    // Slots are nearly in the order of tags, so both tables are accessed from front to back.
     for (const IndexSlot& slot : former) {
         if (slot.Kept != NoVertex) {
             FillSlot(index, FreeSlot(index, slot.Tag), slot);
@@ -52,7 +52,7 @@ void Reserve(WeldIndex& index, size_t count) {
 
 void Enter(WeldIndex& index, const VertexPlaces& places, uint32_t wideTag, const CellEnd& wideEnd,
            int32_t kept) {
-    // A cell never becomes less full, so from here on every search that meets a full one goes on to the
+    // Cells never lose vertices: every later search that reaches a full wide cell also searches the
     // narrow cells.
     if (wideEnd.Count < FullCell) {
         FillSlot(index, wideEnd.Slot, {.Tag = wideTag, .Kept = kept});

@@ -1,16 +1,16 @@
-// The index of kept vertices: finds those that may lie within the tolerance of a vertex, in expected
-// constant time whatever the pool.
+// The index of kept vertices: finds those that may be within the tolerance of a vertex, in expected
+// constant time for any pool.
 //
-// Each of the eight floats falls into a cell a few tolerances wide, and the eight numbers of cells are
-// hashed into one table with open addressing. What lies within the tolerance of a vertex is in the same
-// cell or, along floats that are near a border of theirs, in the next one. Before it is mixed the hash
-// is a sum over the floats, so each further cell costs one addition. The table knows a cell by its hash
-// alone: what it gives are candidates, to be compared by whoever asks.
+// Each of the eight floats is in a cell several tolerances wide. The eight cell numbers are hashed into
+// one table with open addressing. Vertices within the tolerance are in the same cell or, for floats near
+// a border of their cell, in the next one. Before mixing, the hash is a sum over the floats, so each
+// further cell costs one addition. The table identifies a cell by its hash alone: it returns candidates,
+// which the caller compares.
 //
-// There are cells of two widths. A wide cell serves nearly all vertices of a model, for few floats are
-// near a border. It takes a few vertices; when it is full, further ones go to narrow cells. Vertices
-// that were kept are at least a tolerance apart, but for a few that the coarse grid parts, so a narrow
-// cell holds a bounded number of them.
+// Cells have two widths. Wide cells serve nearly all vertices of a model, since few floats are near a
+// border. A wide cell takes a few vertices; further ones go to narrow cells. Kept vertices are at least
+// a tolerance apart, except for a few that the coarse grid separates, so a narrow cell holds a bounded
+// number of them.
 #pragma once
 
 #include "scene/SceneNode.h"
@@ -24,18 +24,18 @@ constexpr int32_t NoVertex = -1;
 
 constexpr size_t FloatsPerVertex = sizeof(Vertex) / sizeof(float);
 
-// Where a float lies, in fixed point. Ascends with the float. [Units: tolerance / 2^ToleranceBits]
+// A float as a fixed-point number, in the same order. [Units: tolerance / 2^ToleranceBits]
 using Place = uint64_t;
 using VertexPlaces = std::array<Place, FloatsPerVertex>;
 constexpr int ToleranceBits = 14;
 
-constexpr float LargestWeldTolerance = 1; // far above any use
+constexpr float LargestWeldTolerance = 1; // far above any in use
 
-// How far apart the places of two floats are at most that differ by less than the tolerance. Rounding
+// The largest distance between the places of two floats that differ by less than the tolerance. Rounding
 // moves each by up to half a unit.
 constexpr Place PlaceReach = (Place{1} << ToleranceBits) + 2;
 
-// The bits of a place below the number of its cell.
+// The low bits of a place, below its cell number.
 constexpr int WideCell = ToleranceBits + 8;   // 256 tolerances
 constexpr int NarrowCell = ToleranceBits + 2; // 4 tolerances [Limit: more than 2 * PlaceReach]
 
@@ -50,38 +50,38 @@ struct IndexSlot {
 struct WeldIndex {
     double Scale = 0;             // places per unit of a float
     std::vector<IndexSlot> Slots; // a power of two, at least half of them free
-    size_t SlotMask = 0;          // from a number to a slot: one less than there are
+    size_t SlotMask = 0;          // maps a number to a slot: Slots.size() - 1
     int TagShift = 0;             // the slots of a cell begin at Tag >> TagShift
     size_t Used = 0;
 };
 
-// The end of a search for a cell: the free slot behind its vertices, and how many they are.
+// The end of a search for a cell: the free slot after its vertices, and their number.
 struct CellEnd {
     size_t Slot = 0;
     int32_t Count = 0;
 };
 
-// An empty index with about so many slots. [Limit: tolerance above 0 and not above LargestWeldTolerance]
+// Returns an empty index with at least so many slots. [Limit: 0 < tolerance <= LargestWeldTolerance]
 WeldIndex MakeWeldIndex(float tolerance, size_t slots);
 
-// Makes room for so many more vertices, so that slots stay where they are while these are entered.
+// Makes room for count more vertices. Slots don't move while these are entered.
 void Reserve(WeldIndex& index, size_t count);
 
-// Enters a kept vertex. Takes its places, the tag of its wide cell and the end of the search for that.
+// Enters a kept vertex, given its places, the tag of its wide cell and the end of the search for it.
 void Enter(WeldIndex& index, const VertexPlaces& places, uint32_t wideTag, const CellEnd& wideEnd,
            int32_t kept);
 
-// What follows is done for every vertex and stands here for the sake of speed.
+// The rest runs for every vertex and is inline for speed.
 
 // Added to a double, this leaves the rounded sum in its lower bits and a fixed exponent above them,
-// unless the sum is too large. Then the bits are no fixed point, but still the same for equal floats,
-// and so far out nothing else is within the tolerance. The fraction of a cell in it keeps the multiples
-// of 0.001, which models are full of, away from the borders where the tolerance is 1e-5.
+// unless the sum is too large. Then the bits are not fixed point, but still the same for equal floats,
+// and for numbers so large nothing else is within the tolerance. The fraction of a cell keeps the
+// multiples of 0.001, common in models, away from the borders at a tolerance of 1e-5.
 constexpr double ToFixedPoint = 0x1.8p52 + 17.5 / 64 * (1 << WideCell);
 constexpr int FixedPointBits = 52;
 constexpr uint64_t FixedPointExponent = 0x433;
 
-// Finds the places of a vertex. False if a float is not finite or too large for fixed point.
+// Computes the places of a vertex. Returns false if a float is not finite or too large for fixed point.
 inline bool PlaceVertex(const WeldIndex& index, const Vertex& vertex, VertexPlaces& places) {
     const auto place = [&](float value) {
         return std::bit_cast<Place>(static_cast<double>(value) * index.Scale + ToFixedPoint);
@@ -113,26 +113,26 @@ inline uint64_t CellSum(const VertexPlaces& places, int cellBits) {
     return ((term(0) + term(1)) + (term(2) + term(3))) + ((term(4) + term(5)) + (term(6) + term(7)));
 }
 
-// Every bit of the sum changes the tag's upper bits, which choose the slot.
+// Every bit of the sum affects the tag's upper bits, which select the slot.
 inline uint32_t CellTag(uint64_t sum) {
     return static_cast<uint32_t>(((sum ^ (sum >> 32)) * 0xD1B54A32D192ED03) >> 32);
 }
 
-// Whether something within the tolerance can lie in the next cell.
+// Whether a place within the tolerance can be in the next cell.
 inline bool IsNearBorder(Place place, int cellBits) {
     const Place cell = Place{1} << cellBits;
     return ((place - PlaceReach) & (cell - 1)) >= cell - 2 * PlaceReach;
 }
 
 inline bool IsNearWideBorder(const VertexPlaces& places) {
-    // Bits instead of branches: of eight floats one is near often enough for wrong guesses to cost.
+    // Bits instead of branches: one of eight floats is near often enough for costly mispredictions.
     const auto near = [&](size_t i) {
         return IsNearBorder(places[i], WideCell) ? 1u : 0u;
     };
     return (near(0) | near(1) | near(2) | near(3) | near(4) | near(5) | near(6) | near(7)) != 0;
 }
 
-// Calls visit with each vertex of a cell until it gives true.
+// Calls visit with each vertex of a cell until it returns true.
 template <class Visit> CellEnd VisitCell(const WeldIndex& index, uint32_t tag, Visit visit) {
     CellEnd end = {.Slot = tag >> index.TagShift};
     for (;; end.Slot = (end.Slot + 1) & index.SlotMask) {
@@ -149,7 +149,7 @@ template <class Visit> CellEnd VisitCell(const WeldIndex& index, uint32_t tag, V
     }
 }
 
-// The sums of the cell of some places and of all next ones that hold what is within the tolerance.
+// The sums of the cell of given places and of all neighbours that can hold places within the tolerance.
 struct CellsAround {
     std::array<uint64_t, size_t{1} << FloatsPerVertex> Sums;
     size_t Count = 0;
@@ -170,7 +170,7 @@ inline void FindCellsAround(CellsAround& cells, const VertexPlaces& places, int 
     }
 }
 
-// Calls visit with kept vertices, among them all within the tolerance of the places.
+// Calls visit with kept vertices, including all within the tolerance of the places.
 template <class Visit> void VisitNear(const WeldIndex& index, const VertexPlaces& places, Visit visit) {
     CellsAround cells;
     for (const int cellBits : {WideCell, NarrowCell}) {

@@ -1,14 +1,14 @@
 // Welding in expected linear time.
 //
-// Which kept vertex a vertex is merged with is fixed by the coarse grid: of those that match and were
-// entered in a cell that its search comes by, the one in the lowest cell, and there the newest. But the
-// grid's cells can hold any number of vertices, so matches are found by the index of fine cells, and the
-// grid only chooses among them.
+// The coarse grid determines which kept vertex a vertex is merged with: of the matches entered in a cell
+// that its search visits, the one in the lowest cell, and there the newest. But a grid cell can hold any
+// number of vertices, so the index of fine cells finds the matches, and the grid only chooses among
+// them.
 //
-// Most vertices of a model are copies of kept ones, and for those there is no choice. A copy's search
-// begins in the cell in which the original was entered; and what came to that cell later and matches the
-// copy would match the original too, would have been merged with it, and is not there. For copies of
-// merged vertices this does not hold.
+// Most vertices of a model are copies of kept ones, which need no choice. The search of a copy begins in
+// the cell in which the original was entered. A later vertex in that cell that matches the copy would
+// match the original too and would have been merged with it. This does not hold for copies of merged
+// vertices.
 #include "mesh/WeldVertices.h"
 
 #include "mesh/WeldGrid.h"
@@ -23,22 +23,22 @@
 
 namespace {
 
-// Vertices that are looked up together, so that their memory arrives while others are at work.
+// Vertices that are looked up together, so that memory loads overlap with work on others.
 constexpr size_t BlockSize = 64;
 
 struct Welding {
     float Tolerance = 0;
     WeldGrid Grid;
     WeldIndex Index;
-    Vertex* Kept = nullptr; // at the front of the pool, where each vertex has had its turn before
+    Vertex* Kept = nullptr; // at the front of the pool, over vertices already processed
     int32_t KeptCount = 0;
 };
 
-// A vertex on its way through the index.
+// The state of a vertex during its lookup.
 struct Lookup {
     VertexPlaces Places;
     uint32_t Tag = 0;
-    bool Matchable = false; // false for what is kept in any case and not met by any search
+    bool Matchable = false; // false if always kept and never found by a search
 };
 
 bool WithinTolerance(float a, float b, float tolerance) {
@@ -70,9 +70,9 @@ bool SameBits(const Vertex& a, const Vertex& b) {
             (word(a, 3) ^ word(b, 3))) == 0;
 }
 
-// A vertex with a float that is not finite matches nothing. One whose position has an empty range, for
-// extents that overflow, searches nothing; nor is it found, since such positions are so large that
-// others are either equal or further away than the tolerance.
+// A vertex with a float that is not finite matches nothing. A vertex whose range is empty, because an
+// extent overflows, searches nothing. Nor is it found: such positions are so large that others are
+// either equal or further away than the tolerance.
 void Prepare(const Welding& welding, const Vertex& vertex, Lookup& lookup) {
     const bool usual = PlaceVertex(welding.Index, vertex, lookup.Places);
     lookup.Matchable = (usual || IsFinite(vertex)) &&
@@ -84,8 +84,8 @@ const IndexSlot& FirstSlot(const Welding& welding, const Lookup& lookup) {
     return welding.Index.Slots[lookup.Tag >> welding.Index.TagShift];
 }
 
-// The match in the lowest cell of the grid, there the newest, or NoVertex. Kept out of the main loop,
-// which it would slow down.
+// Returns the newest match in the lowest cell of the grid, or NoVertex. Not inlined, since it would slow
+// down the main loop.
 [[gnu::noinline]] int32_t FindMatch(const Welding& welding, const Vertex& vertex,
                                     const VertexPlaces& places) {
     const SearchBox search = SearchBoxOf(welding.Grid, vertex.Position);
@@ -107,7 +107,7 @@ const IndexSlot& FirstSlot(const Welding& welding, const Lookup& lookup) {
     return best;
 }
 
-// The number of the kept vertex that stands for this one from here on, which may be its own.
+// Returns the number of the kept vertex that replaces this one, or its own number if it is kept.
 int32_t Resolve(Welding& welding, const Vertex& vertex, const Lookup& lookup) {
     if (lookup.Matchable) {
         int32_t found = NoVertex;
@@ -128,7 +128,7 @@ int32_t Resolve(Welding& welding, const Vertex& vertex, const Lookup& lookup) {
     return welding.KeptCount++;
 }
 
-// Moves the kept vertices to the front and gives their count. Writes the new number of each vertex.
+// Moves the kept vertices to the front and returns their count. Writes the new number of each vertex.
 int32_t WeldByIndex(std::vector<Vertex>& vertices, uint32_t* numbers, float tolerance) {
     // Models keep between a sixth and two thirds of their vertices.
     const size_t slots = vertices.size() / 2;
@@ -184,7 +184,7 @@ void WeldPool(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance,
     std::vector<Vertex>& vertices = pool.Vertices;
     int32_t kept = 0;
     if (indices.size() == vertices.size() && CountUp(indices)) {
-        // As batches come: the new numbers are the new indices.
+        // The usual case: the new numbers are the new indices.
         kept = weld(vertices, indices.data(), tolerance);
     } else {
         std::vector<uint32_t> numbers(vertices.size());

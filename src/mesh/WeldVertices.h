@@ -1,4 +1,4 @@
-// Welding: vertices that agree in all eight floats become one.
+// Welding: merges vertices that agree in all eight floats.
 #pragma once
 
 #include "scene/SceneNode.h"
@@ -6,17 +6,16 @@
 #include <cstdint>
 #include <vector>
 
-// Pools of fewer vertices are compared one by one; for the others a grid chooses among matches.
+// Smaller pools are compared one by one; in others a grid chooses among matches.
 constexpr int32_t GridVertexMinimum = 80;
 
-// Merges each vertex of the pool with an earlier one that was kept and differs by less than the
-// tolerance in every float, if the search meets one. The pool keeps the first vertex of each group, in
-// order of occurrence; the indices, which have to be positions in the pool, are changed to match, and no
-// triangle is dropped. Does nothing on a pool that is welded. Exact in its course: which of several
-// matches wins is fixed. Takes time in proportion to the pool. [Limit: tolerance above 0 and not above
-// LargestWeldTolerance of mesh/WeldIndex.h]
+// Merges each vertex of the pool with an earlier kept one that differs by less than the tolerance in
+// every float, if the search finds one. The pool keeps the first vertex of each group, in order of
+// occurrence. The indices, which must be positions in the pool, are updated; no triangle is dropped.
+// Does nothing if the pool is already welded. Which of several matches wins is defined exactly. Time is
+// proportional to the pool. [Limit: 0 < tolerance <= LargestWeldTolerance in mesh/WeldIndex.h]
 void WeldVertices(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance);
 
-// The same by comparing with every kept vertex, the oldest first. Where a vertex matches several kept
-// ones the outcome can differ from the grid's. Expects a pool that is not empty.
+// The same by comparison with every kept vertex, oldest first. If a vertex matches several kept ones,
+// the result can differ from the grid's. Expects a non-empty pool.
 void WeldVerticesBruteForce(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance);

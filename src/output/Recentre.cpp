@@ -6,7 +6,7 @@
 
 namespace {
 
-// Elements closer to the identity's than this count as equal to it.
+// Elements that differ by less than this from the identity's count as equal.
 constexpr float IdentityTolerance = 1e-8f;
 
 bool IsIdentity(const Matrix4& m) {
@@ -18,14 +18,13 @@ bool IsIdentity(const Matrix4& m) {
     return true;
 }
 
-// A normal stays perpendicular to its surface when it goes through the inverse transpose of the linear
-// part.
+// The inverse transpose of the linear part keeps normals perpendicular to their surface.
 Matrix4 NormalMatrix(const Matrix4& world) {
     Matrix4 m = world;
     m.M[12] = 0.0f;
     m.M[13] = 0.0f;
     m.M[14] = 0.0f;
-    Invert(m); // leaves a singular matrix as it is
+    Invert(m); // leaves a singular matrix unchanged
     for (int row = 0; row < 4; ++row) {
         for (int column = 0; column < row; ++column) {
             std::swap(m.M[4 * row + column], m.M[4 * column + row]);

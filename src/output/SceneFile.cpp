@@ -1,4 +1,4 @@
-// The scene file writer.
+// Writes scene files.
 #include "output/SceneFile.h"
 
 #include "output/SceneRecords.h"
@@ -15,7 +15,7 @@ template <class Record> bool WriteRecord(OutputFile& file, const Record& record)
     return file.Write(&record, sizeof record);
 }
 
-// In parts, since one write can't be told of 4 GB or more.
+// In parts, since one write takes less than 4 GB.
 template <class Element> bool WriteArray(OutputFile& file, const std::vector<Element>& elements) {
     constexpr size_t most = (size_t{1} << 30) / sizeof(Element);
     for (size_t first = 0; first < elements.size(); first += most) {
@@ -27,7 +27,7 @@ template <class Element> bool WriteArray(OutputFile& file, const std::vector<Ele
     return true;
 }
 
-// Four bytes of zero for each vertex.
+// Writes four zero bytes for each vertex.
 bool WriteZeros(OutputFile& file, size_t vertexCount) {
     static constexpr std::array<uint32_t, 1024> Zeros = {};
     for (size_t left = vertexCount; left > 0;) {
@@ -65,8 +65,8 @@ MaterialRecord MakeMaterialRecord(const MaterialEntry& entry) {
     return record;
 }
 
-// Puts the name into its field, cut to the field less the NUL. The cut goes by UTF-16 units, which are
-// characters of a single-byte code page.
+// Stores the name in its field, truncated to leave room for the NUL. The limit counts UTF-16 units, each
+// a byte in a single-byte code page.
 void SetNodeName(NodeRecord& record, const std::u16string& name) {
     const std::u16string_view units = std::u16string_view(name).substr(0, NodeNameSize - 1);
     const std::string bytes = AnsiFromUtf16(units);
@@ -103,6 +103,6 @@ bool WriteNode(const SceneNode& node, OutputFile& file, const MaterialTable& mat
 }
 
 bool WriteScene(OutputFile& file, const SceneNode& root, const MaterialTable& materials) {
-    // Without the flush a full disk would show only when the file is closed, where nobody looks.
+    // Without the flush a full disk would show only in Close, which ignores errors.
     return WriteRecord(file, FileHeader()) && WriteNode(root, file, materials) && file.Flush();
 }

@@ -1,5 +1,5 @@
-// The records of the scene file, as they stand in it: little-endian, without gaps. docs/scene-file.md
-// has the whole format.
+// The records of the scene file, in its byte layout: little-endian, without gaps. docs/scene-file.md
+// describes the whole format.
 #pragma once
 
 #include "scene/Matrix.h"
@@ -28,7 +28,7 @@ static_assert(sizeof(FileHeader) == 12);
 
 struct NodeRecord {
     uint32_t Magic = NodeMagic;
-    char Name[NodeNameSize] = {}; // ANSI code page, zero bytes to the end
+    char Name[NodeNameSize] = {}; // ANSI code page, padded with zero bytes
     Matrix4 Matrix = {};          // the identity, after baking
     uint32_t Reserved0 = 0;
     int32_t MeshCount = 0;

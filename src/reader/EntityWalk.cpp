@@ -10,7 +10,7 @@
 
 namespace {
 
-// The row of the element's own material, if it has one that the table knows, else the inherited row.
+// Returns the row of the element's own material, if the MaterialTable has it, else the inherited row.
 int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle element,
                              int32_t inheritedIndex) {
     MaterialHandle material = {};
@@ -21,8 +21,8 @@ int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle
     return row != NoRow ? row : inheritedIndex;
 }
 
-// Whether a list may be walked beneath those that are open. One that is open already would never end,
-// and one too deep would overrun the stack: both count as a list that can't be had, and are counted.
+// Whether a list may be walked below the open ones. A list that is already open would never end, and one
+// too deep would overflow the stack: both are counted, and treated as unreadable.
 bool CanWalkInto(ModelImporter& importer, EntitiesHandle entities) {
     const std::vector<EntitiesHandle>& open = importer.OpenEntities;
     if (open.size() >= NestingLimit) {
@@ -36,7 +36,7 @@ bool CanWalkInto(ModelImporter& importer, EntitiesHandle entities) {
     return true;
 }
 
-// Adds the transform node of a group or an instance to the parent, and the content beneath it.
+// Adds the transform node of a group or an instance to the parent, with the content node below it.
 void AddChildNode(ModelImporter& importer, EntitiesHandle entities, DrawingElementHandle element,
                   SceneNode& parent, std::u16string name, int32_t inheritedIndex,
                   const Matrix4& matrix) {
@@ -52,8 +52,8 @@ void AddChildNode(ModelImporter& importer, EntitiesHandle entities, DrawingEleme
     }
 }
 
-// Appends the meshes of a list's own images and faces to its node. What was gathered before a failed
-// texture becomes meshes all the same.
+// Appends the meshes of a list's own images and faces to its node. Polygons read before a failed texture
+// become meshes too.
 void ImportGeometry(ModelImporter& importer, EntitiesHandle entities, SceneNode& node,
                     int32_t inheritedIndex) {
     if (importer.ImportStatus != StatusOk) {

@@ -1,4 +1,4 @@
-// Face extraction.
+// Reads faces as triangles.
 #include "reader/Faces.h"
 
 #include "reader/Textures.h"
@@ -9,10 +9,10 @@ namespace {
 
 using Triple = double[3];
 
-// What a side shows, before its row is looked up.
+// The material of a side, before its row is looked up.
 struct SideMaterial {
     MaterialHandle Material = {};
-    bool Inherited = false; // taken over: only then the texture's scale applies
+    bool Inherited = false; // not the side's own: only then the texture's scale applies
 };
 
 SideMaterial FrontMaterial(FaceHandle face, MaterialHandle inherited) {
@@ -23,7 +23,7 @@ SideMaterial FrontMaterial(FaceHandle face, MaterialHandle inherited) {
     return {.Material = inherited, .Inherited = true};
 }
 
-// Outside of painted groups and instances an unpainted back shows what the front shows.
+// Outside of painted groups and instances an unpainted back has the material of the front.
 SideMaterial BackMaterial(FaceHandle face, MaterialHandle inherited, int32_t inheritedIndex,
                           const SideMaterial& front) {
     MaterialHandle material = {};
@@ -34,7 +34,7 @@ SideMaterial BackMaterial(FaceHandle face, MaterialHandle inherited, int32_t inh
             .Inherited = true};
 }
 
-// The plane normal of the front, in scene axes.
+// Returns the plane normal of the front, in scene axes.
 Vec3 ReadPlaneNormal(FaceHandle face) {
     double plane[PlaneValues] = {};
     if (SUFaceGetPlane(face, plane) != 0) {
@@ -43,7 +43,7 @@ Vec3 ReadPlaneNormal(FaceHandle face) {
     return {static_cast<float>(plane[0]), static_cast<float>(plane[2]), static_cast<float>(plane[1])};
 }
 
-// Coordinates of a side's own material are finished; only those of one that is taken over get a scale.
+// Texture coordinates for a side's own material are final; only those for an inherited one are scaled.
 TextureScale ReadScale(const SideMaterial& side) {
     TextureHandle texture = {};
     if (!side.Inherited || IsNull(side.Material) || SUMaterialGetTexture(side.Material, &texture) != 0) {
@@ -66,7 +66,7 @@ int32_t MaterialIndexOf(const ModelImporter& importer, MaterialHandle material) 
 
 using ReadTriples = int32_t (*)(MeshHelperHandle, uint64_t, double[][3], uint64_t*);
 
-// One array of the mesh helper. False if it can't be read in full.
+// Reads one array of the mesh helper. Returns false if it can't be read in full.
 bool ReadArray(ClearedArray<double>& values, MeshHelperHandle meshHelper, uint64_t count,
                ReadTriples read) {
     values.Clear(3 * count);
@@ -75,7 +75,7 @@ bool ReadArray(ClearedArray<double>& values, MeshHelperHandle meshHelper, uint64
            returned == count;
 }
 
-// Whether every index, as a signed 32-bit number, is a vertex.
+// Whether every index, as a signed 32-bit number, refers to a vertex.
 bool IndicesAreSound(const ClearedArray<uint64_t>& indices, uint64_t vertexCount) {
     for (const uint64_t index : indices) {
         const auto number = static_cast<int32_t>(static_cast<uint32_t>(index));
@@ -86,7 +86,7 @@ bool IndicesAreSound(const ClearedArray<uint64_t>& indices, uint64_t vertexCount
     return true;
 }
 
-// A vertex as the scene has it. The normal is that of the side.
+// Returns a vertex in scene axes. The normal is that of the side.
 Vertex MakeVertex(const double* position, const double* normal, const double* stq,
                   const FaceSide& side) {
     Vec3 n = {static_cast<float>(normal[0]), static_cast<float>(normal[2]),
@@ -103,8 +103,8 @@ Vertex MakeVertex(const double* position, const double* normal, const double* st
             .V = 1.0f - static_cast<float>(t)};
 }
 
-// Reads Vertices and Indices of one side. False, without having read all, if the side has no triangles
-// or can't be read.
+// Reads Vertices and Indices of one side. Returns false at once if the side has no triangles or can't be
+// read.
 bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& side) {
     uint64_t triangleCount = 0;
     if (SUMeshHelperGetNumTriangles(meshHelper, &triangleCount) != 0 || triangleCount == 0 ||
@@ -140,11 +140,11 @@ bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& s
            returned == indexCount && IndicesAreSound(mesh.Indices, vertexCount);
 }
 
-// The normal of a triangle towards the side from which a, b, c turn clockwise: (a - c) x (c - b), the
-// reverse of what the right-hand rule gives. Serves KeepsOrder alone. It is normalised twice because
-// Normalize leaves a short vector as it is: a triangle almost without area gets (0, 1, 0), and one
-// exactly at the threshold stays short. The second sum has an order of its own; since every rounding
-// counts towards the sign of a product near zero, neither step can stand for both.
+// Returns the normal on the side from which a, b, c turn clockwise: (a - c) x (c - b), the reverse of
+// the right-hand rule. Only for KeepsOrder. It is normalised twice because Normalize leaves a short
+// vector unchanged: a triangle almost without area gets (0, 1, 0), and one exactly at the threshold
+// stays short. The second sum has an order of its own. Every rounding can affect the sign of a product
+// near zero, so neither step can replace the other.
 Vec3 ReversedNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
     const Vec3 e1 = {a.X - c.X, a.Y - c.Y, a.Z - c.Z};
     const Vec3 e2 = {c.X - b.X, c.Y - b.Y, c.Z - b.Z};
@@ -161,7 +161,7 @@ Vec3 ReversedNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
 }
 
 // The winding test: whether a, b, c already turn by the right-hand rule about the plane normal. If not,
-// or if that can't be said, the triangle is stored as c, b, a.
+// or if undetermined, the triangle is stored as c, b, a.
 bool KeepsOrder(const Vertex& a, const Vertex& b, const Vertex& c, const Vec3& planeNormal) {
     const Vec3 n = ReversedNormal(a.Position, b.Position, c.Position);
     const Vec3& p = planeNormal;
@@ -180,7 +180,7 @@ void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, Polygo
         const auto corner = [&mesh, i](size_t which) -> const Vertex& {
             return mesh.Vertices[static_cast<uint32_t>(mesh.Indices.Elements[i + which])];
         };
-        // Indices turn as the front does, so the back takes them from the other end.
+        // Indices have the winding of the front, so the back reads them in reverse.
         const Vertex& a = corner(side.IsFront ? 0 : 2);
         const Vertex& b = corner(1);
         const Vertex& c = corner(side.IsFront ? 2 : 0);
@@ -197,7 +197,7 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
     if (importer.ImportStatus != StatusOk) {
         return;
     }
-    SideMesh mesh; // kept from side to side for its memory
+    SideMesh mesh; // reused for all sides, for its memory
     for (const FaceHandle face :
          ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead)) {
         if (IsNull(face) || IsExcludedByLayer(SUFaceToDrawingElement(face))) {

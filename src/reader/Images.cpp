@@ -1,4 +1,4 @@
-// Image extraction.
+// Reads images as quads.
 #include "reader/Images.h"
 
 #include "reader/LibraryReading.h"
@@ -9,8 +9,8 @@
 
 namespace {
 
-// The row of a picture's file name: the first that has the name as its key, of a material or of an
-// image, or a new one.
+// Returns the first row, of a material or an image, that has the key as its source texture name, or a
+// new row.
 int32_t ImageMaterialIndex(ModelImporter& importer, ImageHandle image, const std::u16string& key) {
     const int32_t row = FindSource(importer.MaterialTable, key);
     if (row != NoRow) {
@@ -32,7 +32,7 @@ struct PixelSize {
     uint64_t Height = 0;
 };
 
-// 0 by 0 if a query fails.
+// Returns 0 by 0 if a query fails.
 PixelSize ReadPixelSize(ImageHandle image) {
     PixelSize size;
     ImageRepHandle imageRep = {};
@@ -47,8 +47,8 @@ PixelSize ReadPixelSize(ImageHandle image) {
 
 using QuadCorners = std::array<Vertex, 4>;
 
-// The corners of the front quad: the picture lies in the plane Y = 0, one unit per pixel, its height
-// along Z.
+// Returns the corners of the front quad: the plane Y = 0, one unit per pixel, height along Z,
+// transformed.
 QuadCorners FrontCorners(const PixelSize& size, const Matrix4& matrix) {
     const auto width = static_cast<float>(size.Width);
     const auto height = static_cast<float>(size.Height);

@@ -1,11 +1,10 @@
-// Images: pictures placed in space, read as textured quads.
+// Reads images, which are pictures placed in space, as textured quads.
 #pragma once
 
 #include "api/SketchUpAPI.h"
 #include "run/ModelImporter.h"
 
-// Appends two quads for each visible image of the list, a front and a back that faces the other way, in
-// the coordinates of the list, Y up, with the row of the picture's file name, which is found or made
-// here. An image whose size can't be read leaves a polygon without vertices; a failed transformation
-// ends the list. The picture files are written on the way.
+// Appends two quads for each visible image of the list, a front and an opposite back, in the coordinates
+// of the list, Y up. Finds or appends the row of the picture's file name and writes its texture file. An
+// image without a readable size gets no quads. A failed transformation skips the rest of the list too.
 void ImportImages(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons);

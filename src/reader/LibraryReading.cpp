@@ -1,11 +1,11 @@
-// Transformations, layers and paths at the library's boundary.
+// Transformations, layers and paths at the boundary of the library.
 #include "reader/LibraryReading.h"
 
 #include "platform/Platform.h"
 #include "run/Paths.h"
 
 Matrix4 ConvertTransform(const double transform[TransformValues]) {
-    // Where each element comes from: rows 1 and 2 exchanged, and columns 1 and 2 of the first three.
+    // The source of each element: rows 1 and 2 exchanged, and columns 1 and 2 of the first three.
     constexpr int source[TransformValues] = {0, 2, 1, 3, 8, 10, 9, 7, 4, 6, 5, 11, 12, 14, 13, 15};
     Matrix4 matrix;
     for (int i = 0; i < TransformValues; ++i) {

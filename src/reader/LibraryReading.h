@@ -1,5 +1,5 @@
-// What all readers share: the two fixed sequences in which lists and texts are read from the library,
-// and transformations, layers and paths on their way in and out.
+// Shared by all readers: the fixed call sequences that read lists and texts from the library, and the
+// conversion of transformations, layers and paths.
 #pragma once
 
 #include "api/SketchUpAPI.h"
@@ -14,20 +14,20 @@
 #include <optional>
 #include <string>
 
-// The most elements of one list. A greater count is taken for a failed call, before memory is asked for.
+// The most elements of one list. A larger count is a failed call; no memory is allocated for it.
 constexpr uint64_t MaxElementCount = std::numeric_limits<int32_t>::max();
 
-// What a returned count has to be for an array to be used.
+// How the returned count of an array is checked.
 enum class ReturnedCount { MustMatch, NotRead };
 
-// Elements for the library to fill. Fresh memory that nobody writes to is not touched, so that a count
-// which is a lie costs little.
+// Zeroed elements for the library to fill. Fresh memory is not touched until it is written, so a false
+// count costs little.
 template <class Element> struct ClearedArray {
     std::unique_ptr<Element[], decltype(&std::free)> Elements = {nullptr, std::free};
     uint64_t Count = 0;
-    uint64_t Room = 0; // elements that fit the memory
+    uint64_t Room = 0; // capacity in elements
 
-    // Makes it an array of so many cleared elements, in the memory that it has if they fit.
+    // Makes it an array of count zeroed elements, in the present memory if they fit.
     void Clear(uint64_t count) {
         Count = count;
         if (count <= Room) {
@@ -50,8 +50,8 @@ template <class Element> struct ClearedArray {
     }
 };
 
-// All elements of one kind of an owner: the count, then an array of that size. Empty on any failure. An
-// element that the library left alone is null.
+// Reads all elements of one kind: the count, then an array of that size. Empty on any failure. An
+// element that the library doesn't write is null.
 template <class Element, class Owner>
 ClearedArray<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*),
                                int32_t (*getElements)(Owner, uint64_t, Element[], uint64_t*),
@@ -72,10 +72,10 @@ ClearedArray<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*
     return elements;
 }
 
-// The text that a getter puts into a string of the library, cut at TextLimit units. Empty if the getter
-// fails.
+// Returns the text that a getter stores in a string of the library, truncated to TextLimit units. Empty
+// if the getter fails.
 template <class Owner> std::u16string ReadText(Owner owner, int32_t (*getText)(Owner, StringHandle*)) {
-    // One unit more than the library is told of: the text ends inside the buffer whatever is written.
+    // One unit more than the library's limit: the text always ends inside the buffer.
     char16_t buffer[TextLimit + 1] = {};
     StringHandle string = {};
     SUStringCreate(&string);
@@ -88,14 +88,14 @@ template <class Owner> std::u16string ReadText(Owner owner, int32_t (*getText)(O
     return buffer;
 }
 
-// A transformation of the model, translation in 12 to 14, as a matrix of the scene. Values are rounded
+// Converts a transformation of the model, translation in 12 to 14, to a scene matrix. Values are rounded
 // to floats first; Y and Z are exchanged in rows and columns, and the fourth column keeps its place.
 Matrix4 ConvertTransform(const double transform[TransformValues]);
 
-// Whether an element is left out: its layer is invisible and it isn't hidden itself. A null element, and
-// one about which a query fails, stays in.
+// Whether an element is skipped because its layer is invisible. False if the element itself is hidden,
+// is null, or a query about it fails.
 bool IsExcludedByLayer(DrawingElementHandle element);
 
-// A path as the library takes it: UTF-8, otherwise as it stands. Nothing if it doesn't fit the library's
-// limit: such a path is never handed on, and the call that needed it counts as failed.
+// Returns a path for the library: UTF-8, otherwise unchanged. Returns nothing if it exceeds the
+// library's limit: the call is then not made and counts as failed.
 std::optional<std::string> LibraryPath(const std::u16string& path);

@@ -1,4 +1,4 @@
-// Reading the materials of the model.
+// Reads the materials of the model.
 #include "reader/Materials.h"
 
 #include "api/SketchUpAPI.h"
@@ -11,7 +11,7 @@ namespace {
 constexpr uint32_t OpaqueAlpha = 0xFF000000;
 constexpr uint32_t WhiteOpaque = 0xFFFFFFFF;
 
-// Truncates to a signed 32-bit integer as processors do: what doesn't fit becomes the lowest one.
+// Truncates to a signed 32-bit integer as x86 does: a value that doesn't fit becomes the lowest one.
 int32_t TruncateToInt(double value) {
     constexpr double below = -2147483649.0;
     constexpr double above = 2147483648.0;
@@ -29,7 +29,7 @@ uint32_t ReadAlpha(MaterialHandle material) {
     return static_cast<uint32_t>(TruncateToInt(opacity * 255.0)) << 24;
 }
 
-// Alpha, red, green, blue. A colour that can't be read is opaque white whatever the opacity.
+// Returns alpha, red, green, blue. A colour that can't be read is opaque white, whatever the opacity.
 uint32_t ReadColor(MaterialHandle material) {
     uint8_t rgba[4] = {};
     uint32_t color = WhiteOpaque;
@@ -48,7 +48,7 @@ void ImportMaterial(ModelImporter& importer, MaterialHandle material) {
     int32_t type = MaterialTypePlain;
     SUMaterialGetType(material, &type);
 
-    // A null handle meets the default row here, which holds none.
+    // The null handle is that of the default row, so it gets no row.
     if (IsNull(material) || FindMaterial(importer.MaterialTable, material) != NoRow) {
         return;
     }
@@ -76,8 +76,8 @@ void ImportMaterials(ModelImporter& importer) {
     if (importer.ImportStatus != StatusOk) {
         return;
     }
-    // Its source texture name stays empty: an image without a name looks for the empty one, finds this
-    // row and stays plain, so that no picture is written for it.
+    // Its source texture name stays empty: an image without a file name finds this row by it and stays
+    // plain, so that no texture file is written for it.
     MaterialEntry defaultRow;
     defaultRow.Name = u"Default";
     AppendRow(importer.MaterialTable, std::move(defaultRow));

@@ -1,4 +1,4 @@
-// Texture export. Pictures are written during the walk, so only for rows that are used.
+// Texture export. Files are written during the walk, so only for rows that are used.
 #include "reader/Textures.h"
 
 #include "api/SketchUpAPI.h"
@@ -39,7 +39,7 @@ Attempt WriteOfImage(const ModelImporter& importer, const MaterialEntry& entry) 
 }
 
 Attempt WriteRowPicture(ModelImporter& importer, const MaterialEntry& entry) {
-    // A row that an image took over from a material shows the material's picture.
+    // An image that shares the row of a material shows the material's picture.
     if (!IsNull(entry.Material)) {
         return WriteOfMaterial(importer, entry);
     }

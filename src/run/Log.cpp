@@ -1,4 +1,4 @@
-// Formatting and sending lines of the log.
+// Formats and writes lines of the log.
 #include "run/Log.h"
 
 #include "platform/Platform.h"
@@ -33,7 +33,7 @@ void Log(ModelImporter& importer, std::u16string_view format,
          std::initializer_list<FormatArgument> arguments) {
     std::u16string line = Format(format, arguments).substr(0, MessageLimit);
     line += u"\r\n";
-    // A log is a help, not a result: it never makes a run fail.
+    // Failures are ignored: the log never makes a run fail.
     importer.LogFile.Write(line.data(), static_cast<uint32_t>(line.size() * sizeof(char16_t)));
     PrintToStandardOutput(line);
     importer.LogFile.Flush();

@@ -1,4 +1,4 @@
-// The report of a run: lines that go to the log file and to standard output.
+// The log of a run: lines in the log file and on standard output.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,10 @@
 
 struct ModelImporter;
 
-// The most UTF-16 units of one message. A longer one is cut.
+// The most UTF-16 units of one message. A longer one is truncated.
 constexpr size_t MessageLimit = 4095;
 
-// What takes the place of one conversion in a format.
+// The text that replaces one conversion in a format.
 struct FormatArgument {
     FormatArgument(std::u16string_view text) : Text(text) {
     }
@@ -25,11 +25,11 @@ struct FormatArgument {
     std::u16string Text;
 };
 
-// The format with its conversions "%s" and "%d" replaced by the arguments in their order. Every other
-// unit, percent signs of the arguments among them, stands as it is.
+// Returns the format with its conversions "%s" and "%d" replaced by the arguments in order. All other
+// units, including percent signs in arguments, stay unchanged.
 std::u16string Format(std::u16string_view format, std::initializer_list<FormatArgument> arguments);
 
-// Sends one line to the log file, if it is open, and to standard output. Failures are ignored. The file
-// holds the whole line when this returns.
+// Writes one line to the log file, if it is open, and to standard output. Failures are ignored. The line
+// is flushed to the file before the return.
 void Log(ModelImporter& importer, std::u16string_view format,
          std::initializer_list<FormatArgument> arguments);

@@ -1,4 +1,4 @@
-// Rows are found by hashes of their keys.
+// Appends rows, and finds them by hashed keys.
 #include "run/MaterialTable.h"
 
 #include "platform/Text.h"
@@ -24,7 +24,7 @@ template <class Map, class Key> int32_t Find(const Map& rows, const Key& key) {
 
 int32_t AppendRow(MaterialTable& table, MaterialEntry entry) {
     const auto row = static_cast<int32_t>(table.Rows.size());
-    // Of rows with the same key the first stays entered.
+    // The maps keep the first row of each key.
     table.ByMaterial.emplace(entry.Material.Value, row);
     table.BySource.emplace(FoldCase(entry.SourceTextureName), row);
     if (!entry.OutputPath.empty()) {

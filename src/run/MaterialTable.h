@@ -1,4 +1,4 @@
-// The table of everything that a surface can look like in this run, and the ways to find its rows.
+// The material table: one row for each look of a surface in this run, and the searches for rows.
 #pragma once
 
 #include "scene/MaterialEntry.h"
@@ -11,29 +11,30 @@
 
 constexpr int32_t DefaultMaterialIndex = 0;
 
-// What a search gives that finds no row.
+// The result of a search that finds no row.
 constexpr int32_t NoRow = -1;
 
-// Rows are only appended, so an index stays valid to the end of the run; an address does not. Rows may
-// share their name or their file. The maps hold the first row of each key, so that no search walks the
-// rows: source texture names are in lower case, and a colour without its alpha may follow them.
+// Rows are only appended: indices stay valid to the end of the run, addresses don't. Rows may share a
+// name or a texture file. The maps hold the first row of each key, so that no search scans the rows.
+// Source texture names in keys are in lower case, in BySourceAndColor followed by the colour without
+// alpha.
 struct MaterialTable {
     std::vector<MaterialEntry> Rows;
     std::unordered_map<uint64_t, int32_t> ByMaterial; // by the handle's value
     std::unordered_map<std::u16string, int32_t> BySource;
-    std::unordered_map<std::u16string, int32_t> BySourceAndColor; // of rows with a picture file
+    std::unordered_map<std::u16string, int32_t> BySourceAndColor; // of rows with a texture file
 };
 
-// Gives the index of the new row.
+// Returns the index of the new row.
 int32_t AppendRow(MaterialTable& table, MaterialEntry entry);
 
-// The row of a material of the model, or NoRow. A null handle has none.
+// Returns the row of a material of the model, or NoRow. A null handle has none.
 int32_t FindMaterial(const MaterialTable& table, MaterialHandle material);
 
-// The first row, of a material or of an image, with this source texture name, upper and lower case of A
-// to Z being the same; or NoRow.
+// Returns the first row, of a material or an image, with this source texture name, ignoring the case of
+// A to Z, or NoRow.
 int32_t FindSource(const MaterialTable& table, std::u16string_view sourceTextureName);
 
-// The first row with a picture file that has this source texture name and this red, green and blue: the
-// one whose file is shared. Or NoRow.
+// Returns the first row with a texture file, this source texture name and this red, green and blue, or
+// NoRow. The texture file of that row is shared.
 int32_t FindPicture(const MaterialTable& table, std::u16string_view sourceTextureName, uint32_t color);

@@ -1,4 +1,4 @@
-// Writing a file in calls of bounded size.
+// Writes a file in calls of bounded size.
 #include "run/OutputFile.h"
 
 #include "platform/Platform.h"
@@ -6,10 +6,10 @@
 
 #include <algorithm>
 
-// The most bytes that one call of the stream is given.
+// The most bytes per call to the stream.
 static constexpr uint32_t BytesPerCall = 4096;
 
-// What the stream gathers before it goes to the system.
+// Bytes that the stream buffers.
 static constexpr size_t BufferBytes = size_t{1} << 20;
 
 OutputFile::~OutputFile() {
@@ -21,7 +21,7 @@ void OutputFile::Open(const std::u16string& path) {
     if (path.size() >= PathLimit) {
         return;
     }
-    // First of all, so that nothing is cut to nothing for want of memory.
+    // Before opening, so that lack of memory truncates no file.
     Buffer = std::make_unique_for_overwrite<char[]>(BufferBytes);
     Stream = OpenForWriting(path);
     if (Stream != nullptr) {
@@ -38,7 +38,7 @@ bool OutputFile::Write(const void* bytes, uint32_t size) {
             break;
         }
         written += static_cast<uint32_t>(count);
-        // A call whose flush of earlier bytes fails may still take all of its own.
+        // A call may accept all its bytes although flushing earlier ones fails.
         if (std::ferror(Stream) != 0) {
             return false;
         }

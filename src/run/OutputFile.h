@@ -1,4 +1,4 @@
-// One stream that a run writes: the log or the scene file.
+// An output file of a run: the log or the scene file.
 #pragma once
 
 #include <cstdint>
@@ -8,27 +8,26 @@
 
 struct OutputFile {
     std::FILE* Stream = nullptr;    // null while no file is open
-    std::unique_ptr<char[]> Buffer; // the stream's; its memory is used as it fills
+    std::unique_ptr<char[]> Buffer; // of the stream; memory is touched as it fills
 
     OutputFile() = default;
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
 
-    // Opens a new file, or cuts an existing one to nothing, after closing what is open. On failure, and
-    // for a path beyond the limit, the stream is null afterwards.
+    // Closes the open file, then creates a file or truncates an existing one. On failure, and for a path
+    // beyond PathLimit, the stream is null.
     void Open(const std::u16string& path);
 
-    // Writes size bytes, which the stream may keep until a later call or Flush. False if they don't all
-    // go out, if earlier bytes turn out to be lost, or if no file is open. After a false the file lacks
-    // bytes, and more of them would leave a gap.
+    // Writes size bytes, which the stream may buffer until a later call or Flush. Returns false if not
+    // all are written, if earlier bytes are lost, or if no file is open. The file then lacks bytes, and
+    // further writes leave a gap.
     bool Write(const void* bytes, uint32_t size);
 
-    // Sends what the stream still buffers to the system. False if that fails, if bytes were lost since
-    // the last Flush, or if no file is open. A failure is reported once: what is written next stands or
-    // falls by itself.
+    // Passes buffered bytes to the system. Returns false if that fails, if bytes were lost since the
+    // last Flush, or if no file is open. A failure is reported once and doesn't affect later writes.
     bool Flush();
 
-    // Closes the stream, if one is open. What the system says to it is not looked at.
+    // Closes the stream, if one is open. Errors are ignored.
     void Close();
 };

@@ -1,4 +1,4 @@
-// Splitting paths, and directories. The same on every system.
+// Splits paths and creates directories. The same on every system.
 #include "run/Paths.h"
 
 #include "platform/Platform.h"
@@ -16,8 +16,8 @@ bool IsSeparator(char16_t unit) {
 } // namespace
 
 PathParts SplitPath(std::u16string_view path) {
-    // Each drive has a current directory of its own, and C:b is the file b there: a drive and a name,
-    // and no directory between them.
+    // Each drive has its own current directory, and C:b is the file b in it: a drive and a name without
+    // a directory between them.
     const size_t driveLength = path.size() >= 2 && path[1] == u':' ? 2 : 0;
     const size_t lastSeparator = path.find_last_of(u"\\/");
     const size_t nameStart =
@@ -61,17 +61,17 @@ void MakeDirectories(const char16_t* path) {
     if (directory.empty() || directory.size() >= PathLimit) {
         return;
     }
-    // Without its closing separators a path is longer than its parent, so the levels come to an end.
-    std::u16string_view open = directory;
-    while (!open.empty() && IsSeparator(open.back())) {
-        open.remove_suffix(1);
+    // Without closing separators a path is longer than its parent, so the recursion ends.
+    std::u16string_view trimmed = directory;
+    while (!trimmed.empty() && IsSeparator(trimmed.back())) {
+        trimmed.remove_suffix(1);
     }
-    const PathParts parts = SplitPath(open);
+    const PathParts parts = SplitPath(trimmed);
     if (!parts.Directory.empty()) {
         MakeDirectories(std::u16string(parts.Drive).append(parts.Directory).c_str());
     }
-    // A name that begins with its only dot is all extension, as file names such as .cache are split: a
-    // last level like that counts as the name of a file, and no directory is made of it.
+    // A name whose only dot comes first, such as .cache, is split as an extension without a base name.
+    // It counts as a file name, and no directory is created, which callers see at the last level.
     if (parts.BaseName.empty()) {
         return;
     }

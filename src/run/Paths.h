@@ -1,18 +1,18 @@
-// Path operations on UTF-16 text, and the directories above the files of a run.
+// Path operations on UTF-16 text, and creation of the directories of output files.
 //
-// The backslash is the separator of the program; a forward slash separates too but doesn't close a
-// directory. Nothing here cuts a path: one beyond the limit is left out by the call that would use it.
+// Backslash and slash separate, but only a backslash closes a directory. Nothing here truncates a path:
+// the call that would use a path beyond PathLimit skips it.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-// The most UTF-16 units, or UTF-8 bytes where a path goes to the library, that a path may have, closing
-// NUL included: the system's own limit.
+// The most UTF-16 units of a path, or UTF-8 bytes of a path for the library, closing NUL included: the
+// limit of Windows.
 constexpr size_t PathLimit = 260;
 
-// A path taken apart; joined in this order the parts give the path again.
+// The parts of a path. Joined in this order they are the path again.
 struct PathParts {
     std::u16string_view Drive;     // the first two units if the second is a colon
     std::u16string_view Directory; // up to and including the last separator of either kind
@@ -20,19 +20,19 @@ struct PathParts {
     std::u16string_view Extension; // from the last dot of the last component, dot included
 };
 
-// The parts are views into the given text.
+// The parts are views into the given path.
 PathParts SplitPath(std::u16string_view path);
 
-// Base name and extension of a path: its last component.
+// Returns the last component of a path: base name and extension.
 std::u16string FileNameOf(std::u16string_view path);
 
-// The path without one leading ".\"; empty for null.
+// Returns the path without one leading ".\"; empty for null.
 std::u16string NormalizePath(const char16_t* path);
 
-// Drive and directory of a path, closed by a backslash unless empty; empty for null. C:\a\b.skp gives
-// C:\a\, b.skp gives nothing, a/b.skp gives a/\.
+// Returns drive and directory of a path, closed by a backslash unless empty; empty for null. C:\a\b.skp
+// becomes C:\a\, b.skp becomes empty, a/b.skp becomes a/\.
 std::u16string DirectoryOf(const char16_t* path);
 
-// Creates a directory and those above it, from the top down. Null, empty and over-long paths do nothing.
-// A failure is not told: it shows when a file in the directory can't be opened.
+// Creates a directory and its parents, from the top down. Does nothing for a null, empty or over-long
+// path. Failures are not reported: opening a file in the directory then fails.
 void MakeDirectories(const char16_t* path);

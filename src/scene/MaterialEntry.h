@@ -1,4 +1,4 @@
-// One way in which a surface can look.
+// The look of a surface.
 #pragma once
 
 #include "api/Handles.h"
@@ -6,15 +6,15 @@
 #include <cstdint>
 #include <string>
 
-// One row of the table of materials. Nothing except Written changes once a row is in the table.
+// One row of the MaterialTable. Only Written changes once the row is in the table.
 struct MaterialEntry {
-    std::u16string Name;         // of the material in the model; "Default" on row 0; empty for an image
-    std::u16string OutputPath;   // picture file to write; empty without a texture, as the next two
-    std::u16string RelativePath; // the same file as the scene file refers to it
+    std::u16string Name;         // of the material in the model; "Default" in row 0; empty for an image
+    std::u16string OutputPath;   // texture file to write; empty without a texture, as the next two
+    std::u16string RelativePath; // the same file, as the scene file refers to it
     std::u16string OutputFileName;    // the last component of OutputPath
-    std::u16string SourceTextureName; // file name in the model: the key by which rows share a file
+    std::u16string SourceTextureName; // file name in the model: the key for sharing a texture file
     uint32_t Color = 0xFFFFFFFF;      // alpha in the top byte, then red, green, blue
-    bool Written = false;             // whether writing the picture file has been tried
-    MaterialHandle Material = {};     // null on row 0 and for an image
-    ImageHandle Image = {};           // null on row 0 and for a material
+    bool Written = false;             // whether writing the texture file was attempted
+    MaterialHandle Material = {};     // null in row 0 and for an image
+    ImageHandle Image = {};           // null in row 0 and for a material
 };

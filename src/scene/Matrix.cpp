@@ -48,11 +48,11 @@ void TransformNormal(const Matrix4& m, Vec3& n) {
 
 namespace {
 
-// A matrix in the middle of its elimination.
+// The state of an elimination.
 struct Elimination {
     Matrix4 Work;
-    int UseCount[4] = {}; // how often each column has been the pivot's
-    int PivotRow = 0;     // as the pivot was found, before its row was moved to the diagonal
+    int UseCount[4] = {}; // how often each column was the pivot column
+    int PivotRow = 0;     // where the pivot was found, before its row moves to the diagonal
     int PivotColumn = 0;
 
     float& At(int row, int column) {
@@ -60,9 +60,9 @@ struct Elimination {
     }
 };
 
-// Finds the element of the largest magnitude among the rows and columns not yet used, of equal ones the
-// last. Where nothing is found, as among values that are not numbers, the pivot of the step before
-// stands, and the next search ends the elimination: it meets a column used twice and gives false.
+// Finds the element of largest magnitude among the rows and columns not yet used, of equal ones the
+// last. If none is found, as with values that are not numbers, the previous pivot remains. The next
+// search then returns false, because a column is used twice.
 bool FindPivot(Elimination& elimination) {
     float largest = 0.0f;
     for (int row = 0; row < 4; ++row) {
@@ -96,8 +96,8 @@ void SwapColumns(Elimination& elimination, int a, int b) {
     }
 }
 
-// Divides the pivot's row by the pivot, whose place takes the row's share of the inverse. False for a
-// pivot of 0.
+// Divides the pivot row by the pivot, whose element becomes part of the inverse. Returns false if the
+// pivot is 0.
 bool ScalePivotRow(Elimination& elimination) {
     const int pivot = elimination.PivotColumn;
     const float value = elimination.At(pivot, pivot);
@@ -112,7 +112,7 @@ bool ScalePivotRow(Elimination& elimination) {
     return true;
 }
 
-// Subtracts multiples of the pivot's row so that the other rows have 0 in its column.
+// Subtracts multiples of the pivot row so that the other rows have 0 in the pivot column.
 void ClearPivotColumn(Elimination& elimination) {
     const int pivot = elimination.PivotColumn;
     for (int row = 0; row < 4; ++row) {
@@ -146,7 +146,7 @@ int Invert(Matrix4& m) {
         }
         ClearPivotColumn(elimination);
     }
-    // Rows that changed places on the way are columns of the inverse that change back.
+    // Undo the row swaps, in reverse order, as column swaps of the inverse.
     for (int step = 3; step >= 0; --step) {
         SwapColumns(elimination, rows[step], columns[step]);
     }

@@ -1,11 +1,11 @@
-// Filling pools, and counting in the scene tree.
+// Fills vertex pools and counts triangles.
 #include "scene/SceneNode.h"
 
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
 
-// Vertices of a pool, and all counts that come of it, are 32-bit signed numbers.
+// The vertex count of a pool, and all counts derived from it, are 32-bit signed numbers.
 constexpr size_t MaxPoolVertices = std::numeric_limits<int32_t>::max();
 
 Vertex* AppendTriangles(VertexPool& pool, size_t count) {

@@ -1,5 +1,5 @@
-// The records that carry geometry: the tree that becomes the scene file, and the batches it is made
-// from.
+// The geometry records: the tree that becomes the scene file, and the vertex pools that its meshes are
+// built from.
 #pragma once
 
 #include "scene/Matrix.h"
@@ -12,19 +12,19 @@
 #include <utility>
 #include <vector>
 
-// Eight floats, copied whole. Two corners of faces that differ in any of them are two vertices.
+// Eight floats. Face corners that differ in any of them are different vertices.
 struct Vertex {
-    Vec3 Position; // [Units: model's]
-    Vec3 Normal;   // of the side of the surface that the vertex belongs to
+    Vec3 Position; // [Units: model units]
+    Vec3 Normal;   // of the vertex's side of the surface
     float U = 0;
-    float V = 0; // 0 at the top of a picture
+    float V = 0; // 0 at the top of the picture
 };
 static_assert(sizeof(Vertex) == 32);
 
-// A list of separately allocated elements in the order of appending. Null elements are allowed.
+// A list of separately allocated elements in order of appending. Null elements are allowed.
 template <class Element> struct PointerList {
     std::vector<Element*> Elements;
-    bool Owned = true; // whether the elements end with the list
+    bool Owned = true; // whether the list deletes its elements
 
     PointerList() = default;
     PointerList(const PointerList&) = delete;
@@ -37,7 +37,7 @@ template <class Element> struct PointerList {
         }
     }
 
-    // Appends an element, which belongs to the list from then on, and gives it back.
+    // Appends an element, takes ownership of it and returns it.
     Element& Append(std::unique_ptr<Element> element) {
         Elements.push_back(element.get());
         return *element.release();
@@ -47,11 +47,11 @@ template <class Element> struct PointerList {
 // The triangles of one material in one list of entities, unindexed before welding.
 struct VertexPool {
     std::vector<Vertex> Vertices;
-    bool Welded = false; // set by WeldVertices, taken back by every append
+    bool Welded = false; // set by WeldVertices, reset by every append
 };
 
-// The polygons of one list of entities, apart by row of the MaterialTable, rows ascending. Those of one
-// row stand in the order of appending, cut into triangles.
+// The polygons of one list of entities by row of the MaterialTable, rows ascending. The polygons of a
+// row are triangulated, in order of appending.
 using PolygonList = std::map<int32_t, VertexPool>;
 
 // An indexed triangle mesh with one material.
@@ -61,8 +61,8 @@ struct SceneMesh {
     int32_t MaterialIndex = 0;     // row of the MaterialTable
 };
 
-// One node of the tree. Its vertices are in the node's own coordinates until BakeTransforms has brought
-// all of them into those of the scene.
+// One node of the tree. Its vertices are in node coordinates until BakeTransforms converts them to scene
+// coordinates.
 struct SceneNode {
     std::u16string Name;       // of a group; empty on all other nodes
     Matrix4 Matrix = Identity; // from this node's coordinates to its parent's
@@ -73,18 +73,18 @@ struct SceneNode {
     }
 };
 
-// What a conversion has built: the tree, once the walk has finished.
+// The result of a conversion: the tree, null until the walk has finished.
 struct RootHolder {
     std::unique_ptr<SceneNode> Root;
 };
 
-// Makes room for so many triangles at the end of the pool and gives the first of their vertices. Throws
-// std::length_error where the pool would have more than 2^31 - 1 vertices.
+// Appends count triangles to the pool and returns their first vertex, for the caller to fill. Throws
+// std::length_error if the pool would exceed 2^31 - 1 vertices.
 Vertex* AppendTriangles(VertexPool& pool, size_t count);
 
-// Appends a convex polygon, its corners in boundary order, as a fan around its first corner. Fewer than
+// Appends a convex polygon, its corners in boundary order, as a fan around the first corner. Fewer than
 // three corners append nothing.
 void AppendPolygon(VertexPool& pool, std::span<const Vertex> corners);
 
-// The triangles of a node and of all below it, 2^31 - 1 at most.
+// Returns the triangle count of a node and its descendants, at most 2^31 - 1.
 int32_t CountTriangles(const SceneNode& node);

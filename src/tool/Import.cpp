@@ -1,4 +1,4 @@
-// The course of an import: everything is opened, the model read, and all of it closed again.
+// The import: opens the log and the model, reads the model, and closes both.
 #include "api/SketchUpAPI.h"
 #include "output/Recentre.h"
 #include "platform/Platform.h"
@@ -10,7 +10,7 @@
 #include "run/ModelImporter.h"
 #include "run/Paths.h"
 
-// The mark at the start of the log: UTF-16, little-endian.
+// The first bytes of the log: UTF-16, little-endian.
 static constexpr uint8_t ByteOrderMark[] = {0xFF, 0xFE};
 
 ModelImporter::ModelImporter() {
@@ -27,7 +27,7 @@ RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u
                                   const std::u16string& outputDirectory,
                                   const std::u16string& relativeDirectory,
                                   const std::u16string& logPath) {
-    // A log in the scene file's place would cut an earlier one to nothing, and be written over itself.
+    // A log at the path of the scene file would truncate an earlier scene, and be overwritten.
     if (!NameOneFile(logPath, scenePath)) {
         LogFile.Open(logPath);
     }
@@ -40,7 +40,7 @@ RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u
 
     const std::optional<std::string> libraryPath = LibraryPath(sourcePath);
     if (!libraryPath || SUModelCreateFromFile(&Model, libraryPath->c_str()) != 0) {
-        Model = {}; // whatever the failed call has left there is not released
+        Model = {}; // a handle left by the failed call is not released
         Log(*this, MessageErrorOpening, {sourcePath});
         ImportStatus = StatusModelNotOpened;
         return nullptr;
@@ -70,7 +70,7 @@ void ModelImporter::ReadModel() {
         ImportStatus = StatusModelNotRead;
         return;
     }
-    // The tree is kept and flattened also when the walk was stopped by a failed texture.
+    // The tree is kept and flattened even if a failed texture has stopped the walk.
     RootHolder->Root = ImportEntities(*this, entities, {}, DefaultMaterialIndex);
     Recentre(*RootHolder->Root);
 }

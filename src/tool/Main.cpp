@@ -1,4 +1,4 @@
-// The run: arguments, directories, the import, the scene file, the outcome.
+// The program: arguments, directories, the import, the scene file, the exit code.
 #include "platform/Main.h"
 #include "output/SceneFile.h"
 #include "platform/Platform.h"
@@ -12,11 +12,10 @@
 #include <stdexcept>
 
 static constexpr int ExitWrongArguments = 1;
-// None of the codes that tell of a conversion.
+// Differs from all exit codes of a conversion.
 static constexpr int ExitOutOfMemory = 20;
 
-// Writes the whole scene file. An earlier file is cut to nothing only here, once the model has been
-// read.
+// Writes the whole scene file. An earlier file is truncated only here, after the model has been read.
 static bool WriteSceneFile(const std::u16string& path, const SceneNode& root,
                            const MaterialTable& materials) {
     OutputFile file;
@@ -24,7 +23,7 @@ static bool WriteSceneFile(const std::u16string& path, const SceneNode& root,
     return file.Stream != nullptr && WriteScene(file, root, materials);
 }
 
-// What the model has and the scene lacks, although the run goes on: the log's lines are all spoken for.
+// Reports lists that the scene lacks, on standard error because the lines of the log are fixed.
 static void ReportListsLeftOut(const ModelImporter& importer) {
     if (importer.ListsTooDeep != 0) {
         std::fprintf(stderr, MessageListsTooDeep, NestingLimit, importer.ListsTooDeep);
@@ -64,7 +63,7 @@ static int Run(const std::vector<std::u16string>& arguments) {
 }
 
 int Main() {
-    // What the standard library throws where memory, or a size that it can have, comes to an end.
+    // Thrown by the standard library if memory runs out or a size exceeds its limits.
     try {
         const std::vector<std::u16string> arguments = CommandLine();
         if (arguments.size() == 4) {

@@ -332,7 +332,7 @@ TEST(RunFailure, AListThatContainsItselfIsLeftOut) {
     script["definitions"][1]["instances"] = List({instance});
     script["entities"]["instances"] = List({instance, instance});
     ScriptedRun run;
-    run.ExpectedErrors = "orvane: groups and component instances left out, nested in themselves: 6\n";
+    run.ExpectedErrors = "orvane: groups and component instances skipped, nested in themselves: 6\n";
     RunScript(run, script);
     EXPECT_EQ(Shape(SceneOf(run)), "Default:2 [Default:2 [Default:2]] [Default:2 [Default:2]]");
 }
@@ -349,7 +349,7 @@ TEST(RunFailure, ListsAreReadDownToTheLimit) {
     script["entities"]["instances"] = List({{{"definition", 0}}});
     ScriptedRun run;
     run.ExpectedErrors =
-        "orvane: groups and component instances left out, nested more than 1024 levels deep: 1\n";
+        "orvane: groups and component instances skipped, nested more than 1024 levels deep: 1\n";
     RunScript(run, script);
     EXPECT_EQ(SceneOf(run).Nodes.size(), 2 * limit - 1);
 }
