@@ -71,7 +71,7 @@ void MakeDirectories(const char16_t* path) {
         MakeDirectories(std::u16string(parts.Drive).append(parts.Directory).c_str());
     }
     // A name whose only dot comes first, such as .cache, is split as an extension without a base name.
-    // It counts as a file name, and no directory is created, which callers see at the last level.
+    // It counts as a file name, and no directory is created.
     if (parts.BaseName.empty()) {
         return;
     }
