@@ -186,6 +186,8 @@ std::string Write(tinygltf::Model& model) {
     }
     tinygltf::TinyGLTF writer;
     std::ostringstream stream(std::ios::binary);
+    stream.exceptions(
+        std::ios::badbit); // lets std::bad_alloc pass, which is not a matter of the file's size
     const bool written = writer.WriteGltfSceneToStream(&model, stream, false, true);
     std::string bytes = std::move(stream).str();
     return written && bytes.size() <= LargestFile ? bytes : std::string();

@@ -56,6 +56,7 @@ struct TapeBuilder {
     }
 
     // The library defines the names below.
+    // NOLINTBEGIN(readability-identifier-naming)
     bool null() {
         return Add(JsonKind::Null, 0);
     }
