@@ -1,441 +1,282 @@
 // Runs orvane thousands of times with injected faults and checks how every run ends.
 //
-//   fault-sweep PROGRAMS calls EACH DOCUMENT...    each kind of fault in each operation, and failing
-//               memory requests: at the first EACH calls, then at as many again in equal strides
-//   fault-sweep PROGRAMS random RUNS FIRST DOCUMENT...    random faults from seed FIRST on, with the
-//               documents and with random models of the scripted library
-//   fault-sweep PROGRAMS machine STEPS DOCUMENT...    file size limits, signals, closed streams
+//   fault-sweep PROGRAMS calls EACH SCRIPT       the scripted library: each kind of fault in each
+//               operation, at the first EACH calls, then at as many again in equal strides
+//   fault-sweep PROGRAMS random RUNS FIRST       the scripted library: random scripts with random
+//               faults, from seed FIRST on
+//   fault-sweep PROGRAMS memory EACH DOCUMENT... the open library: refused requests for memory, chosen
+//               like the calls (not with sanitizers)
+//   fault-sweep PROGRAMS machine STEPS DOCUMENT...   file size limits, signals, closed streams
 //
 // PROGRAMS is the build folder. Prints the number of runs. Exit code 0: no run was at fault.
 #include "RandomScript.h"
 #include "inspect/stored/SceneReader.h"
 #include "platform/Platform.h"
 #include "support/Files.h"
+#include "support/RunProgram.h"
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
-#include <fstream>
-#include <functional>
 #include <map>
-#include <new>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <regex>
 #include <set>
-#include <spawn.h>
 #include <sstream>
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <thread>
 
 namespace fs = std::filesystem;
+using Json = nlohmann::json;
 
 namespace {
 
-constexpr unsigned RunSeconds = 60; // limit of a run
 constexpr int OutOfMemoryCode = 20;
 constexpr int SignalBase = 256;
-constexpr uint64_t Unlimited = ~uint64_t(0);
 const std::string EarlierScene = "an earlier scene file";
-
-enum class Trouble { None, FileLimit, Signal, ClosedOutput, BrokenPipe };
+const std::string SceneName = "out/house.bin";
 
 // All parameters of a run.
 struct Job {
-    std::string Document = {}; // path; or the seed of a random script
-    bool Scripted = false;
-    std::string Fault = {};     // ORVANE_FAULT
-    std::string CallsFile = {}; // ORVANE_FAULT_CALLS
-    Trouble What = Trouble::None;
-    uint64_t Value = 0; // bytes of the limit, or microseconds until the signal
+    std::string Model = {}; // path of a document or script; empty: the random script of the seed
+    uint64_t Seed = 0;
+    Json Fault = {};       // of a script
+    ProgramCall Call = {}; // environment, limits and signals
 };
 
-struct Outcome {
-    int Code = -1;
-    std::string Output;
-    std::string Errors;
-};
-
-// A worker's folder and the paths of its runs.
+// The files of a run.
 struct Place {
     fs::path Folder;
     fs::path Scene;
     fs::path Log;
 
     explicit Place(const fs::path& folder)
-        : Folder(folder), Scene(folder / "out" / "house.bin"), Log(folder / "out" / "run.log") {
-        fs::create_directories(folder / "out");
+        : Folder(folder), Scene(folder / SceneName), Log(folder / "out" / "run.log") {
     }
 };
 
-struct Counters {
-    std::atomic<uint64_t> Runs;
-    std::atomic<uint64_t> Faults;
-    std::array<std::atomic<uint64_t>, size_t{2} * SignalBase> Codes;
+// The results of an undisturbed run.
+struct Whole {
+    std::string Scene;
+    std::string Output;
 };
 
 fs::path programs;
-std::map<std::string, std::string> wholeScenes; // of undisturbed runs, by document
-Counters* counters = nullptr;
-volatile pid_t running = 0; // for the alarm
+std::map<std::string, Whole> wholes; // by document
+std::atomic<uint64_t> faults = 0;
+std::mutex codesMutex;
+std::map<int, uint64_t> codes; // runs by exit code
+
+bool IsScripted(const Job& job) {
+    return job.Model.empty() || !job.Fault.is_null();
+}
 
 std::string Text(const Job& job) {
     std::ostringstream text;
-    text << (job.Scripted ? "script " : "") << job.Document << ": " << job.Fault;
-    if (job.What != Trouble::None) {
-        text << "trouble " << int(job.What) << " " << job.Value;
-    }
+    text << (job.Model.empty() ? "seed " + std::to_string(job.Seed) : job.Model) << " " << job.Fault;
+    for (const auto& [name, value] : job.Call.Environment)
+        text << " " << name << "=" << value;
+    if (job.Call.FileLimit)
+        text << " file limit " << *job.Call.FileLimit;
+    text << " signal " << job.Call.Signal << " after " << job.Call.SignalDelay << " output "
+         << int(job.Call.Output);
     return text.str();
 }
 
-std::string ReadRest(int descriptor) {
-    std::string bytes;
-    char part[4096];
-    for (ssize_t count = read(descriptor, part, sizeof part); count > 0;
-         count = read(descriptor, part, sizeof part)) {
-        bytes.append(part, size_t(count));
-    }
-    return bytes;
-}
-
-std::string SourceOf(const Job& job, const Place& place) {
-    return job.Scripted ? (place.Folder / "script.json").string() : job.Document;
-}
-
-void SetFileLimit(uint64_t bytes) {
-    rlimit limit = {};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = std::min(bytes, uint64_t(limit.rlim_max));
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
-
-Outcome RunOnce(const Job& job, const Place& place) {
-    const fs::path faulty = programs / "faulty";
-    const std::string library =
-        (programs / (job.Scripted ? "scripted/libSketchUpAPI.so" : "libSketchUpAPI.so")).string();
-    std::vector<std::string> texts = {(programs / "orvane").string(), SourceOf(job, place),
-                                      place.Scene.string(), "maps", place.Log.string()};
-    std::vector<std::string> settings = {"ORVANE_FAULT_LIBRARY=" + library, "ORVANE_FAULT=" + job.Fault};
-    if (job.What == Trouble::None) {
-        settings.push_back("LD_LIBRARY_PATH=" + faulty.string());
-    }
-    if (!job.CallsFile.empty()) {
-        settings.push_back("ORVANE_FAULT_CALLS=" + job.CallsFile);
-    }
-    for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS"}) {
-        const char* value = std::getenv(name);
-        if (value != nullptr) {
-            settings.push_back(name + ("=" + std::string(value)));
-        }
-    }
-    const auto pointers = [](std::vector<std::string>& from) {
-        std::vector<char*> result;
-        result.reserve(from.size() + 1);
-        for (std::string& text : from) {
-            result.push_back(text.data());
-        }
-        result.push_back(nullptr);
-        return result;
+// Whether the output is that of a run with this exit code.
+bool IsSequence(const std::string& output, int code, const std::string& source) {
+    static const auto Pattern = [](const std::string& lines, int failure = 0) {
+        return std::regex(
+            "Importing <src> to out/house.bin\r\n" + lines + "\r\n" +
+            (failure == 0 ? "" : "Error importing <src> .rc=" + std::to_string(failure) + ".\r\n"));
     };
-
-    int output[2] = {};
-    if (pipe2(output, O_CLOEXEC) != 0) {
-        std::abort();
-    }
-    const int errors = open(place.Folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
-    if (job.What == Trouble::ClosedOutput) {
-        posix_spawn_file_actions_addclose(&actions, STDOUT_FILENO);
-    }
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    Outcome outcome;
-    pid_t child = 0;
-    SetFileLimit(job.What == Trouble::FileLimit ? job.Value : Unlimited);
-    const int failed = posix_spawn(&child, texts[0].c_str(), &actions, &attributes,
-                                   pointers(texts).data(), pointers(settings).data());
-    SetFileLimit(Unlimited);
-    close(output[1]);
-    if (job.What == Trouble::BrokenPipe) {
-        close(output[0]);
-    }
-    if (failed == 0) {
-        running = child;
-        alarm(RunSeconds);
-        if (job.What == Trouble::Signal) {
-            usleep(useconds_t(job.Value));
-            kill(child, job.Value % 2 == 0 ? SIGTERM : SIGKILL);
-        }
-        if (job.What != Trouble::BrokenPipe) {
-            outcome.Output = ReadRest(output[0]);
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        alarm(0);
-        outcome.Code = WIFEXITED(status) ? WEXITSTATUS(status) : SignalBase + WTERMSIG(status);
-    }
-    if (job.What != Trouble::BrokenPipe) {
-        close(output[0]);
-    }
-    lseek(errors, 0, SEEK_SET);
-    outcome.Errors = ReadRest(errors);
-    close(errors);
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-    return outcome;
+    static const std::string Writing = "(Writing: [^\r]*\r\n)*";
+    static const std::string Picture = "Error: SKP library could not write [^\r]*";
+    static const std::map<int, std::regex> Patterns = {
+        {0, Pattern(Writing + "Success. <src> imported to out/house.bin")},
+        {10, Pattern("Error opening <src>", 10)},
+        {11, Pattern(Writing + "Error writing out/house.bin")},
+        {12, Pattern(Writing + Picture, 12)},
+        {13, Pattern("(" + Writing + "(" + Picture + "\r\n)?SKP Import failed - error reading file|" +
+                         "Error creating texture writer)",
+                     13)},
+    };
+    std::string text = output;
+    for (size_t at = text.find(source); at != text.npos; at = text.find(source, at))
+        text.replace(at, source.size(), "<src>");
+    const auto found = Patterns.find(code);
+    return found != Patterns.end() && std::regex_match(text, found->second);
 }
 
-// The text of a log as UTF-8; empty if the bytes are not a log.
-std::string TextOfLog(const std::string& bytes) {
-    if (bytes.size() % 2 != 0 || !bytes.starts_with("\xFF\xFE")) {
-        return {};
+// The fault in what a run with limits, signals or closed streams leaves; empty if there is none.
+std::string CheckTrouble(const Job& job, int code, const std::string& scene, const std::string& log,
+                         bool isSound) {
+    const Whole& whole = wholes.at(job.Model);
+    if (job.Call.Signal != 0 && code >= SignalBase) {
+        const bool isCutOff = whole.Scene.starts_with(scene) && !isSound;
+        return scene == EarlierScene || scene == whole.Scene || isCutOff ? "" : "a scene of other bytes";
     }
-    std::u16string units;
-    for (size_t i = 2; i < bytes.size(); i += 2) {
-        units.push_back(char16_t(uint8_t(bytes[i]) | uint8_t(bytes[i + 1]) << 8));
-    }
-    return Utf8FromUtf16(units);
-}
-
-// Whether the lines are valid for a run with this exit code.
-bool IsSequence(const std::string& text, int code, const std::string& source, const std::string& scene) {
-    std::vector<std::string> lines;
-    for (size_t start = 0; start < text.size();) {
-        const size_t end = text.find("\r\n", start);
-        if (end == text.npos) {
-            return false;
-        }
-        lines.push_back(text.substr(start, end - start));
-        start = end + 2;
-    }
-    const std::string rc = "Error importing " + source + " (rc=" + std::to_string(code) + ")";
-    if (code == OutOfMemoryCode) {
-        return true; // ends anywhere
-    }
-    if (lines.empty() || lines[0] != "Importing " + source + " to " + scene) {
-        return false;
-    }
-    size_t at = 1;
-    while (at < lines.size() && lines[at].starts_with("Writing: ")) {
-        ++at;
-    }
-    const bool picture =
-        at < lines.size() && lines[at].starts_with("Error: SKP library could not write ");
-    const bool atOnce = at == 1 && !picture;
-    const std::vector<std::string> rest(lines.begin() + ptrdiff_t(at + picture), lines.end());
-    using Lines = std::vector<std::string>;
-    switch (code) {
-    case 0:
-        return !picture && rest == Lines{"Success. " + source + " imported to " + scene};
-    case 10:
-        return atOnce && rest == Lines{"Error opening " + source, rc};
-    case 11:
-        return !picture && rest == Lines{"Error writing " + scene};
-    case 12:
-        return picture && rest == Lines{rc};
-    case 13:
-        return rest == Lines{"SKP Import failed - error reading file", rc} ||
-               (atOnce && rest == Lines{"Error creating texture writer", rc});
-    default:
-        return false;
-    }
-}
-
-// The fault in the outcome of a run; empty if there is none.
-std::string Check(const Job& job, const Place& place, const Outcome& outcome) {
-    const std::string source = SourceOf(job, place);
-    const std::string scene = fs::exists(place.Scene) ? ReadBytes(place.Scene) : "";
-    const std::string logBytes = fs::exists(place.Log) ? ReadBytes(place.Log) : "";
-    StoredScene stored;
-    const auto fault = ReadStoredSceneFile(place.Scene.u16string(), stored);
-    const std::string whole = job.What == Trouble::None ? "" : wholeScenes.at(job.Document);
-    if (job.What == Trouble::Signal && outcome.Code >= SignalBase) {
-        const bool isCutOff = whole.starts_with(scene) && fault.has_value();
-        return scene == EarlierScene || scene == whole || isCutOff ? "" : "a scene of other bytes";
-    }
-    if (job.What != Trouble::None && outcome.Code == 0 && scene != whole) {
+    if (code == 0 && scene != whole.Scene)
         return "another scene than without the trouble";
-    }
-    if ((job.What == Trouble::ClosedOutput || job.What == Trouble::BrokenPipe) && outcome.Code != 0) {
-        return "output that nobody reads ends the run with " + std::to_string(outcome.Code);
-    }
-    const bool ownMemory = job.Fault.starts_with("new ");
-    const std::set<int> codes = job.What == Trouble::FileLimit ? std::set{0, 11, 12}
-                                : ownMemory                    ? std::set{0, 10, 12, 13, OutOfMemoryCode}
-                                                               : std::set{0, 10, 12, 13};
-    if (codes.count(outcome.Code) == 0) {
-        return "exit code " + std::to_string(outcome.Code) + ": " + outcome.Errors.substr(0, 2000);
-    }
-    if (outcome.Code == 0 && fault) {
-        return "scene file: " + Utf8FromUtf16(FaultText(*fault));
-    }
-    if (outcome.Code != 0 && outcome.Code != 11 && scene != EarlierScene &&
-        outcome.Code != OutOfMemoryCode) {
-        return "an earlier scene file is gone";
-    }
-    if (outcome.Code == OutOfMemoryCode && outcome.Errors.find("out of memory") == std::string::npos) {
-        return "out of memory without a message";
-    }
-    // A file limit can cut the log, but not standard output.
-    const std::string log = job.What == Trouble::FileLimit ? outcome.Output : TextOfLog(logBytes);
-    if (!IsSequence(log, outcome.Code, source, place.Scene.string())) {
-        return "log: " + log;
-    }
-    // Memory can run out between the two: then only the log has the last line.
-    const bool isCutOff =
-        outcome.Code == OutOfMemoryCode && log.starts_with(outcome.Output) &&
-        std::count(log.begin() + static_cast<ptrdiff_t>(outcome.Output.size()), log.end(), '\n') <= 1;
-    if (job.What == Trouble::None && outcome.Output != log && !isCutOff) {
-        return "standard output is not the log: " + outcome.Output;
-    }
+    if (code == 0 && !job.Call.FileLimit && log != LogBytes(whole.Output))
+        return "another log than without the trouble";
+    if (job.Call.Output != OutputTo::Result && code != 0)
+        return "output that nobody reads ends the run with " + std::to_string(code);
     return {};
 }
 
-void RunJob(const Job& job, const Place& place) {
-    WriteBytes(place.Scene, EarlierScene);
-    fs::remove(place.Log);
-    if (job.Scripted) {
-        WriteBytes(SourceOf(job, place), RandomScript(std::stoull(job.Document)));
+// The fault in the outcome of a run; empty if there is none.
+std::string Check(const Job& job, const Place& place, const std::string& source,
+                  const ProgramResult& result) {
+    const int code = result.ExitCode;
+    const std::string scene = fs::exists(place.Scene) ? ReadBytes(place.Scene) : "";
+    const std::string log = fs::exists(place.Log) ? ReadBytes(place.Log) : "";
+    StoredScene stored;
+    const auto fault = ReadStoredSceneFile(place.Scene.u16string(), stored);
+    if (wholes.contains(job.Model)) {
+        const std::string wrong = CheckTrouble(job, code, scene, log, !fault);
+        if (!wrong.empty() || code >= SignalBase || job.Call.Output != OutputTo::Result)
+            return wrong;
     }
-    const Outcome outcome = RunOnce(job, place);
-    ++counters->Runs;
-    ++counters->Codes[size_t(outcome.Code) % counters->Codes.size()];
-    const std::string wrong = Check(job, place, outcome);
-    if (!wrong.empty()) {
-        ++counters->Faults;
-        std::fprintf(stderr, "FAULT: %s: %s\n", Text(job).c_str(), wrong.c_str());
+    const bool noMemory = code == OutOfMemoryCode && !job.Call.Environment.empty();
+    const std::set<int> allowed = job.Call.FileLimit ? std::set{0, 11, 12} : std::set{0, 10, 12, 13};
+    if (!allowed.contains(code) && !noMemory)
+        return "exit code " + std::to_string(code) + ": " + result.Errors.substr(0, 2000);
+    if (code == 0 && fault)
+        return "scene file: " + Utf8FromUtf16(FaultText(*fault));
+    if (code != 0 && code != 11 && !noMemory && scene != EarlierScene)
+        return "an earlier scene file is gone";
+    if (noMemory) {
+        // Memory can run out between the two: then only the log has the last line.
+        const std::string begin = log.empty() ? result.Output : LogBytes(result.Output);
+        if (result.Errors.find("out of memory") == std::string::npos || !log.starts_with(begin) ||
+            std::count(log.begin() + ptrdiff_t(begin.size()), log.end(), '\n') > 1)
+            return "out of memory with another message or log: " + result.Errors;
+        return {};
     }
+    if (!IsSequence(result.Output, code, source))
+        return "output: " + result.Output;
+    // A file limit can cut the log.
+    return job.Call.FileLimit || log == LogBytes(result.Output) ? "" : "another log than the output";
 }
 
-// The calls to inject a fault at.
-std::vector<uint64_t> ChosenCalls(uint64_t calls, uint64_t each) {
+// The result of the last run in the place.
+ProgramResult RunJob(const Job& job, const Place& place) {
+    WriteBytes(place.Scene, EarlierScene);
+    fs::remove(place.Log);
+    const std::string source = IsScripted(job) ? "script.json" : job.Model;
+    if (IsScripted(job)) {
+        Json script = Json::parse(job.Model.empty() ? RandomScript(job.Seed) : ReadBytes(job.Model));
+        if (!job.Model.empty())
+            script["faults"] = {job.Fault};
+        WriteBytes(place.Folder / source, script.dump());
+    }
+    ProgramCall call = job.Call;
+    call.Program = programs / "orvane";
+    call.Arguments = {Utf16FromUtf8(source), Utf16FromUtf8(SceneName), u"maps", u"out/run.log"};
+    call.WorkingDirectory = place.Folder;
+    call.LibraryDirectory = IsScripted(job) ? programs / "scripted" : programs;
+    const ProgramResult result = RunProgram(call);
+    const std::string wrong = Check(job, place, source, result);
+    const std::scoped_lock lock(codesMutex);
+    ++codes[result.ExitCode];
+    if (!wrong.empty()) {
+        ++faults;
+        std::fprintf(stderr, "FAULT: %s: %s\n", Text(job).c_str(), wrong.c_str());
+    }
+    return result;
+}
+
+// The calls or requests to inject a fault at.
+std::vector<uint64_t> Chosen(uint64_t count, uint64_t each) {
     std::vector<uint64_t> chosen;
-    for (uint64_t call = 1; call <= std::min(calls, each); ++call) {
+    for (uint64_t call = 1; call <= std::min(count, each); ++call)
         chosen.push_back(call);
-    }
-    const uint64_t stride = calls <= 2 * each ? 1 : (calls - each) / each;
-    for (uint64_t call = each + stride; call <= calls; call += stride) {
+    const uint64_t stride = count <= 2 * each ? 1 : (count - each) / each;
+    for (uint64_t call = each + stride; call <= count; call += stride)
         chosen.push_back(call);
-    }
     return chosen;
 }
 
-// An operation in a document's run: name, number of calls, kinds of fault that apply.
-struct OperationCalls {
-    std::string Name;
-    uint64_t Calls = 0;
-    std::vector<std::string> Kinds;
-};
-
-std::vector<OperationCalls> CallsOf(const std::string& document, const Place& place) {
+std::vector<Job> CallJobs(const std::string& script, uint64_t each, const Place& place) {
     const fs::path record = place.Folder / "calls";
-    RunJob({.Document = document, .CallsFile = record.string()}, place);
-    std::vector<OperationCalls> operations;
-    std::ifstream lines(record);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
-        OperationCalls& operation = operations.emplace_back();
-        words >> operation.Name >> operation.Calls;
-        for (std::string kind; words >> kind;) {
-            for (const char* value : {"0", "+1", "2147483648", "18446744073709551615"}) {
-                operation.Kinds.push_back(kind == "count" ? kind + " " + value : kind);
-                if (kind != "count") {
-                    break;
+    Job probe = {.Model = script, .Fault = {{"operation", "none"}, {"kind", "fail"}}};
+    probe.Call.Environment = {{"ORVANE_SCRIPTED_RECORD", record.string()}};
+    RunJob(probe, place);
+    // By operation: the number of calls, and the kinds of fault that they can have.
+    std::map<std::string, std::pair<uint64_t, std::set<std::string>>> operations;
+    std::istringstream lines(ReadBytes(record));
+    std::string operation;
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with("# ")) {
+            operations[operation].second.insert(line.substr(2));
+        } else {
+            operation = line.substr(0, line.find(' '));
+            ++operations[operation].first;
+        }
+    std::vector<Job> jobs;
+    for (const auto& [name, callsAndKinds] : operations)
+        for (const std::string& kind : callsAndKinds.second)
+            for (const uint64_t call : Chosen(callsAndKinds.first, each))
+                for (const char* span : {"call", "from"}) {
+                    if (span == std::string("from") && call == callsAndKinds.first)
+                        continue;
+                    Json fault = {{"operation", name}, {"kind", kind}, {span, call}};
+                    jobs.push_back({.Model = script, .Fault = fault});
+                    for (const uint64_t count : {uint64_t(0), uint64_t(1) << 31, ~uint64_t(0)})
+                        if (kind == "count") {
+                            fault["value"] = count;
+                            jobs.push_back({.Model = script, .Fault = fault});
+                        }
                 }
-            }
-        }
-    }
-    return operations;
-}
-
-std::vector<Job> CallJobs(const std::vector<std::string>& documents, uint64_t each, const Place& place) {
-    std::vector<Job> jobs;
-    std::set<std::string> reached;
-    for (const std::string& document : documents) {
-        for (const OperationCalls& operation : CallsOf(document, place)) {
-            reached.insert(operation.Name);
-            for (const uint64_t call : ChosenCalls(operation.Calls, each)) {
-                for (const std::string& kind : operation.Kinds) {
-                    for (const char* span : {" only ", " from "}) {
-                        jobs.push_back(
-                            {.Document = document,
-                             .Fault = operation.Name + " " + std::to_string(call) + span + kind});
-                    }
-                }
-            }
-        }
-    }
-    std::printf("%zu of the 62 operations that can fail are reached\n", reached.size() - 1);
+    std::printf("%zu of the 64 operations are reached\n", operations.size());
     return jobs;
 }
 
-std::vector<Job> RandomJobs(const std::vector<std::string>& documents, uint64_t runs, uint64_t seed) {
-    constexpr uint64_t documentsShare = 8; // one run in this many uses a document
-    constexpr uint64_t rates[] = {3, 20, 100, 1000000};
+std::vector<Job> MemoryJobs(const std::string& document, uint64_t each, const Place& place) {
+    const fs::path counted = place.Folder / "requests";
+    Job job = {.Model = document};
+    job.Call.Environment = {{"LD_PRELOAD", (programs / "libFailingNew.so").string()},
+                            {"ORVANE_COUNT_NEW", counted.string()}};
+    RunJob(job, place);
     std::vector<Job> jobs;
-    for (uint64_t i = 0; i < runs; ++i) {
-        Job& job = jobs.emplace_back();
-        job.Scripted = i % documentsShare != 0;
-        job.Document =
-            job.Scripted ? std::to_string(seed + i) : documents[(i / documentsShare) % documents.size()];
-        job.Fault = "random " + std::to_string(seed + i) + " " + std::to_string(rates[i / 3 % 4]);
-    }
-    return jobs;
-}
-
-std::vector<Job> MachineJobs(const std::vector<std::string>& documents, uint64_t steps,
-                             const Place& place) {
-    std::vector<Job> jobs;
-    for (const std::string& document : documents) {
-        timeval start = {};
-        gettimeofday(&start, nullptr);
-        RunJob({.Document = document}, place);
-        timeval end = {};
-        gettimeofday(&end, nullptr);
-        const auto took = uint64_t((end.tv_sec - start.tv_sec) * 1000000 + end.tv_usec - start.tv_usec);
-        const uint64_t size = fs::file_size(place.Scene);
-        wholeScenes[document] = ReadBytes(place.Scene);
-        for (uint64_t step = 0; step < steps; ++step) {
-            jobs.push_back(
-                {.Document = document, .What = Trouble::Signal, .Value = took * step / steps});
-            jobs.push_back(
-                {.Document = document, .What = Trouble::FileLimit, .Value = size * step / steps});
+    for (const uint64_t request : Chosen(std::stoull(ReadBytes(counted)), each))
+        for (const char* span : {" only", " from"}) {
+            job.Call.Environment[1] = {"ORVANE_FAIL_NEW", std::to_string(request) + span};
+            jobs.push_back(job);
         }
-        jobs.push_back({.Document = document, .What = Trouble::ClosedOutput});
-        jobs.push_back({.Document = document, .What = Trouble::BrokenPipe});
-    }
     return jobs;
 }
 
-// Distributes the jobs over one process per processor.
+std::vector<Job> MachineJobs(const std::string& document, uint64_t steps, const Place& place) {
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    const ProgramResult result = RunJob({.Model = document}, place);
+    const auto took = uint64_t((Clock::now() - start) / std::chrono::microseconds(1));
+    const std::string scene = ReadBytes(place.Scene);
+    wholes[document] = {scene, result.Output};
+    std::vector<Job> jobs(2 * steps + 2, {.Model = document});
+    for (uint64_t step = 0; step < steps; ++step) {
+        jobs[2 * step].Call.Signal = step % 2 == 0 ? SIGTERM : SIGKILL;
+        jobs[2 * step].Call.SignalDelay = unsigned(took * step / steps);
+        jobs[2 * step + 1].Call.FileLimit = scene.size() * step / steps;
+    }
+    jobs[2 * steps].Call.Output = OutputTo::Closed;
+    jobs[2 * steps + 1].Call.Output = OutputTo::BrokenPipe;
+    return jobs;
+}
+
+// Distributes the jobs over one thread per processor.
 void RunAll(const std::vector<Job>& jobs, const fs::path& folder) {
-    const auto workers = size_t(sysconf(_SC_NPROCESSORS_ONLN));
-    for (size_t worker = 0; worker < workers; ++worker) {
-        if (fork() == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            std::signal(SIGALRM, [](int) { kill(running, SIGKILL); });
-            const Place place(folder / std::to_string(worker));
-            for (size_t i = worker; i < jobs.size(); i += workers) {
+    const size_t count = std::max(1u, std::thread::hardware_concurrency());
+    std::vector<std::jthread> workers;
+    for (size_t worker = 0; worker < count; ++worker)
+        workers.emplace_back([&jobs, place = Place(folder / std::to_string(worker)), worker, count] {
+            for (size_t i = worker; i < jobs.size(); i += count)
                 RunJob(jobs[i], place);
-            }
-            _exit(0);
-        }
-    }
-    for (size_t worker = 0; worker < workers; ++worker) {
-        int status = 0;
-        wait(&status);
-        if (status != 0) {
-            std::fprintf(stderr, "FAULT: a worker has died\n");
-            ++counters->Faults;
-        }
-    }
+        });
 }
 
 } // namespace
@@ -443,35 +284,34 @@ void RunAll(const std::vector<Job>& jobs, const fs::path& folder) {
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     const std::string mode = arguments.size() > 3 ? arguments[1] : "";
-    const size_t options = mode == "random" ? 4 : 3;
-    if ((mode != "calls" && mode != "random" && mode != "machine") || arguments.size() <= options) {
-        std::fprintf(
-            stderr, "fault-sweep PROGRAMS calls EACH | random RUNS FIRST | machine STEPS DOCUMENT...\n");
+    if (mode != "calls" && mode != "random" && mode != "memory" && mode != "machine") {
+        std::fprintf(stderr, "fault-sweep PROGRAMS calls EACH SCRIPT | random RUNS FIRST |\n"
+                             "            memory EACH DOCUMENT... | machine STEPS DOCUMENT...\n");
         return 2;
     }
     programs = fs::absolute(arguments[0]);
     const uint64_t amount = std::stoull(arguments[2]);
-    std::vector<std::string> documents;
-    for (size_t i = options; i < arguments.size(); ++i) {
-        documents.push_back(fs::absolute(arguments[i]).string());
-    }
-    counters =
-        new (mmap(nullptr, sizeof(Counters), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
-            Counters();
     const TempFolder folder;
     const Place place(folder.Path / "first");
-    const std::vector<Job> jobs = mode == "calls" ? CallJobs(documents, amount, place)
-                                  : mode == "random"
-                                      ? RandomJobs(documents, amount, std::stoull(arguments[3]))
-                                      : MachineJobs(documents, amount, place);
-    RunAll(jobs, folder.Path);
-    std::printf("%llu runs, %llu faults; exit codes:", static_cast<unsigned long long>(counters->Runs),
-                static_cast<unsigned long long>(counters->Faults));
-    for (size_t code = 0; code < counters->Codes.size(); ++code) {
-        if (counters->Codes[code] != 0) {
-            std::printf(" %zu: %llu", code, static_cast<unsigned long long>(counters->Codes[code]));
-        }
+    std::vector<Job> jobs;
+    if (mode == "random") {
+        const uint64_t first = std::stoull(arguments[3]);
+        for (uint64_t i = 0; i < amount; ++i)
+            jobs.push_back({.Seed = first + i});
     }
-    std::printf("\n");
-    return counters->Faults == 0 ? 0 : 1;
+    for (size_t i = 3; i < arguments.size() && mode != "random"; ++i) {
+        const auto jobsOf = mode == "calls" ? CallJobs : mode == "memory" ? MemoryJobs : MachineJobs;
+        const std::vector<Job> more = jobsOf(fs::absolute(arguments[i]).string(), amount, place);
+        jobs.insert(jobs.end(), more.begin(), more.end());
+    }
+    RunAll(jobs, folder.Path);
+    uint64_t runs = 0;
+    std::string text;
+    for (const auto& [code, count] : codes) {
+        runs += count;
+        text += " " + std::to_string(code) + ": " + std::to_string(count);
+    }
+    std::printf("%llu runs, %llu faults; exit codes:%s\n", static_cast<unsigned long long>(runs),
+                static_cast<unsigned long long>(faults), text.c_str());
+    return faults == 0 ? 0 : 1;
 }

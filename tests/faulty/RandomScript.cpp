@@ -178,5 +178,7 @@ std::string RandomScript(uint64_t seed) {
     }
     script["materialList"] = List(engine, 6, [&] { return Index(engine, Materials); });
     script["entities"] = Entities(engine, 0);
+    constexpr uint64_t rates[] = {3, 20, 100, 1000000};
+    script["random"] = {{"seed", seed}, {"rate", rates[Below(engine, std::size(rates))]}};
     return script.dump();
 }

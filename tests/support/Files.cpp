@@ -48,3 +48,12 @@ std::u16string PathText(const fs::path& path) {
     std::replace(text.begin(), text.end(), u'/', u'\\');
     return text;
 }
+
+std::string LogBytes(const std::string& output) {
+    std::string bytes = "\xFF\xFE";
+    for (const char16_t unit : Utf16FromUtf8(output)) {
+        bytes.push_back(char(unit & 0xFF));
+        bytes.push_back(char(unit >> 8));
+    }
+    return bytes;
+}

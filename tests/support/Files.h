@@ -26,3 +26,6 @@ std::vector<std::string> FilesBelow(const std::filesystem::path& folder);
 
 // A path with backslashes, as on the command line.
 std::u16string PathText(const std::filesystem::path& path);
+
+// The bytes of the log that goes with a standard output.
+std::string LogBytes(const std::string& output);

@@ -3,9 +3,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+// Where standard output goes.
+enum class OutputTo { Result, Closed, BrokenPipe };
 
 struct ProgramCall {
     std::filesystem::path Program;
@@ -20,10 +24,16 @@ struct ProgramCall {
     uint64_t MemoryLimit = 0;
     // Whether file permissions apply even if the caller is root. Not on Windows.
     bool Unprivileged = false;
+    // Limit of the size of a file in bytes. Not on Windows.
+    std::optional<uint64_t> FileLimit = {};
+    // A signal, if not 0, and the microseconds from the start until then. Not on Windows.
+    int Signal = 0;
+    unsigned SignalDelay = 0;
+    OutputTo Output = OutputTo::Result; // Not on Windows.
 };
 
 struct ProgramResult {
-    int ExitCode = -1;  // Above 255: killed, or not started.
+    int ExitCode = -1;  // Above 255: not started, or killed by the signal with this number above 256.
     std::string Output; // Standard output, byte for byte.
     std::string Errors; // Standard error output, byte for byte.
 };

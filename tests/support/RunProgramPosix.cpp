@@ -1,10 +1,13 @@
-// Child processes on POSIX systems. Their output goes to unnamed files, so that long output can't block.
+// Child processes on POSIX systems. Errors go to an unnamed file, so that long output can't
+// block; standard output goes through a pipe, to which a limit of file sizes doesn't apply.
 #include "support/RunProgram.h"
 
 #include "platform/Platform.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -18,7 +21,6 @@ constexpr int SignalBase = 256;
 
 std::string ReadAll(std::FILE* file) {
     std::string bytes;
-    std::rewind(file);
     for (int byte = std::fgetc(file); byte != EOF; byte = std::fgetc(file))
         bytes.push_back(char(byte));
     std::fclose(file);
@@ -53,11 +55,17 @@ void LimitMemory(uint64_t limit) {
         setenv("LD_LIBRARY_PATH", call.LibraryDirectory.c_str(), 1);
     if (call.MemoryLimit != 0)
         LimitMemory(call.MemoryLimit);
+    if (call.FileLimit) {
+        const rlimit both = {*call.FileLimit, *call.FileLimit};
+        setrlimit(RLIMIT_FSIZE, &both);
+    }
     if (call.Unprivileged)
         for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH})
             prctl(PR_CAPBSET_DROP, static_cast<unsigned long>(capability), 0, 0, 0);
     const bool placed = call.WorkingDirectory.empty() || chdir(call.WorkingDirectory.c_str()) == 0;
     if (placed && dup2(output, STDOUT_FILENO) >= 0 && dup2(errors, STDERR_FILENO) >= 0) {
+        if (call.Output == OutputTo::Closed)
+            close(STDOUT_FILENO);
         alarm(ProgramSeconds);
         execv(arguments[0], arguments.data());
     }
@@ -67,22 +75,32 @@ void LimitMemory(uint64_t limit) {
 } // namespace
 
 ProgramResult RunProgram(const ProgramCall& call) {
-    std::FILE* output = std::tmpfile();
+    int ends[2] = {};
     std::FILE* errors = std::tmpfile();
-    if (output == nullptr || errors == nullptr)
-        return {SignalBase, "", "no temporary file"};
+    if (errors == nullptr || pipe2(ends, O_CLOEXEC) != 0)
+        return {SignalBase, "", "no temporary file or pipe"};
+    std::FILE* output = fdopen(ends[0], "r");
+    if (call.Output == OutputTo::BrokenPipe)
+        std::fclose(output);
     const pid_t child = fork();
     if (child == 0)
-        Become(call, fileno(output), fileno(errors));
-    int status = 0;
+        Become(call, ends[1], fileno(errors));
+    close(ends[1]);
+    if (call.Signal != 0) {
+        usleep(call.SignalDelay);
+        kill(child, call.Signal);
+    }
     ProgramResult result;
+    if (call.Output != OutputTo::BrokenPipe)
+        result.Output = ReadAll(output);
+    int status = 0;
     if (child > 0 && waitpid(child, &status, 0) == child)
         result.ExitCode = WIFEXITED(status) ? WEXITSTATUS(status) : SignalBase + WTERMSIG(status);
     else
         result.ExitCode = SignalBase;
     if (result.ExitCode == NotStarted)
         result.ExitCode += SignalBase;
-    result.Output = ReadAll(output);
+    std::rewind(errors);
     result.Errors = ReadAll(errors);
     return result;
 }

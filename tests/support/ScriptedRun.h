@@ -39,6 +39,9 @@ struct ScriptedRun {
 // The exit code of a run that the fault "die" ends.
 constexpr int DeadExitCode = 99;
 
+// A JSON file below tests/.
+Json TestData(const std::string& path);
+
 // Writes the script and runs the program once. Fails the test unless the program obeys the library's
 // contract, starts with SUInitialize, ends with SUModelRelease and SUTerminate (except after the fault
 // "die"), and prints the expected standard error output.
@@ -48,8 +51,7 @@ void RunScript(ScriptedRun& run, const Json& script);
 // and {dest} mean the first two arguments, {out} the second one without its last component.
 void ExpectOutcome(const ScriptedRun& run, int exitCode, const std::vector<std::u16string>& lines);
 
-// The bytes of these lines in the log and on standard output.
-std::string LogBytes(const std::vector<std::u16string>& lines);
+// The bytes of these lines on standard output.
 std::string OutputBytes(const std::vector<std::u16string>& lines);
 
 // The scene file of a run; fails the test if there is none, if it is invalid, or if a matrix is not the

@@ -202,7 +202,8 @@ TEST(RunOutcome, AnUnavailablePictureIsSkippedSilently) {
     for (const char* operation :
          {"SUMaterialGetTexture", "SUTextureWriterLoadEntity", "SUImageToEntity"}) {
         const bool texture = operation == std::string("SUMaterialGetTexture");
-        Json script = BrickAndImage(Faults(operation, 0, texture ? "null" : "fail"));
+        Json script = BrickAndImage(Faults(
+            operation, 0, operation == std::string("SUTextureWriterLoadEntity") ? "fail" : "null"));
         if (texture)
             script["entities"].erase("images");
         else

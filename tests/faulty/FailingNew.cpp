@@ -1,0 +1,67 @@
+// A preloaded library that refuses requests for memory. It counts them between SUInitialize and
+// SUTerminate, from 1, in the program and in all of its libraries.
+//
+// Environment:
+//   ORVANE_FAIL_NEW   "NUMBER only" or "NUMBER from": the requests to refuse
+//   ORVANE_COUNT_NEW  output file for the number of requests
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <new>
+
+namespace {
+
+bool counting = false;
+uint64_t requests = 0;
+uint64_t first = 0; // 0: none
+bool all = false;
+
+void CallNext(const char* name) {
+    reinterpret_cast<void (*)()>(dlsym(RTLD_NEXT, name))();
+}
+
+} // namespace
+
+extern "C" {
+void SUInitialize(void) {
+    CallNext("SUInitialize");
+    const char* text = std::getenv("ORVANE_FAIL_NEW");
+    first = text != nullptr ? std::strtoull(text, nullptr, 10) : 0;
+    all = text != nullptr && std::strstr(text, "from") != nullptr;
+    counting = true;
+}
+
+void SUTerminate(void) {
+    counting = false;
+    CallNext("SUTerminate");
+    const char* path = std::getenv("ORVANE_COUNT_NEW");
+    std::FILE* file = path != nullptr ? std::fopen(path, "w") : nullptr;
+    if (file != nullptr) {
+        std::fprintf(file, "%llu\n", static_cast<unsigned long long>(requests));
+        std::fclose(file);
+    }
+}
+}
+
+// Replaces the standard operators in the whole process.
+void* operator new(size_t size) {
+    if (counting) {
+        ++requests;
+        if (requests == first || (all && requests > first))
+            throw std::bad_alloc();
+    }
+    void* memory = std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
