@@ -3,6 +3,7 @@
 
 #include "platform/Files.h"
 #include "platform/Platform.h"
+#include "platform/Text.h"
 #include "provider/OpenModel.h"
 #include "support/Files.h"
 
@@ -24,6 +25,16 @@ inline std::u16string ProviderTestDirectory() {
     const std::u16string directory = (Folder.Path / name).u16string();
     CreateOneDirectory(directory);
     return directory + u"/";
+}
+
+// The directory of these tests' own files, with its closing separator.
+inline const std::u16string ProviderTestsDirectory = Utf16FromUtf8(ORVANE_PROVIDER_TESTS_DIR) + u"/";
+
+// One of these tests' own files.
+inline std::string ReadTestText(std::u16string_view name) {
+    std::vector<uint8_t> bytes;
+    EXPECT_TRUE(ReadWholeFile(ProviderTestsDirectory + std::u16string(name), bytes));
+    return {bytes.begin(), bytes.end()};
 }
 
 // Writes a file into the test's directory; returns its path.
