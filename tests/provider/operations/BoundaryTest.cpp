@@ -5,7 +5,6 @@
 #include "provider/operations/OperationWalk.h"
 #include "provider/operations/ProviderState.h"
 
-#include <ranges>
 #include <span>
 
 namespace {
@@ -113,7 +112,8 @@ TEST(ProviderBoundary, RefusesWrongArgumentsOfEveryOperation) {
         EXPECT_NE(SUTextureWriterWriteTexture(writer, id, world.Path.c_str(), false), 0);
     }
     // The release of the model comes last, because the others need it.
-    for (const Operation& operation : Operations | std::views::reverse) {
+    for (size_t i = Operations.size(); i-- > 0;) {
+        const Operation& operation = Operations[i];
         if (IsRelease(operation)) {
             ExpectWrongArgumentsRefused(world, gone, operation);
             Call call = SoundCall(world, operation);
