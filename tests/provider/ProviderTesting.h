@@ -1,8 +1,9 @@
-// Helpers for the tests of the provider: documents and pictures as files below the test directory.
+// Helpers for the tests of the provider: their own files, and files below the test directory.
 #pragma once
 
 #include "platform/Files.h"
 #include "platform/Platform.h"
+#include "platform/Text.h"
 #include "provider/OpenModel.h"
 #include "support/Files.h"
 
@@ -26,6 +27,16 @@ inline std::u16string ProviderTestDirectory() {
     return directory + u"/";
 }
 
+// The directory of these tests' own files, with its closing separator.
+inline const std::u16string ProviderTestsDirectory = Utf16FromUtf8(ORVANE_PROVIDER_TESTS_DIR) + u"/";
+
+// One of these tests' own files.
+inline std::string ReadTestText(std::u16string_view name) {
+    std::vector<uint8_t> bytes;
+    EXPECT_TRUE(ReadWholeFile(ProviderTestsDirectory + std::u16string(name), bytes));
+    return {bytes.begin(), bytes.end()};
+}
+
 // Writes a file into the test's directory; returns its path.
 inline std::u16string WriteTestFile(std::u16string_view name, const std::vector<uint8_t>& bytes) {
     std::u16string path = ProviderTestDirectory() + std::u16string(name);
@@ -35,19 +46,4 @@ inline std::u16string WriteTestFile(std::u16string_view name, const std::vector<
 
 inline std::u16string WriteTestText(std::u16string_view name, std::string_view text) {
     return WriteTestFile(name, std::vector<uint8_t>(text.begin(), text.end()));
-}
-
-// Opens a document with the version and the given members.
-inline bool OpenDocument(std::string_view members, Model& model, std::string& error) {
-    const std::string text = "{\"orvaneModel\": 1, " + std::string(members) + "}";
-    return OpenModel(WriteTestText(u"model.json", text), model, error);
-}
-
-// A TGA file of 24 bits per pixel, row by row from the top, three bytes blue, green, red per pixel.
-inline std::vector<uint8_t> TgaFile(uint8_t width, uint8_t height, const std::vector<uint8_t>& pixels) {
-    const uint8_t header[] = {0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, width, 0, height, 0, 24, 0x20};
-    std::vector<uint8_t> bytes(sizeof header + pixels.size());
-    std::ranges::copy(header, bytes.begin());
-    std::ranges::copy(pixels, bytes.begin() + sizeof header);
-    return bytes;
 }
