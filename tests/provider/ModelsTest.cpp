@@ -100,7 +100,7 @@ TEST(ProviderModels, ReportPlaceAndReasonOfEachError) {
 TEST(ProviderModels, LimitNesting) {
     std::string error;
     EXPECT_TRUE(OpensText("model.json", Chain(0, 512).dump(), error)) << error;
-    EXPECT_FALSE(OpensText("model.json", Chain(0, 100000).dump(), error));
+    EXPECT_FALSE(OpensText("model.json", Chain(0, 20000).dump(), error));
     EXPECT_NE(error.find("nested deeper than 512 levels"), std::string::npos) << error;
     // Two chains that are each allowed, the inner one first.
     ordered_json joined = Chain(300, 300);
@@ -110,7 +110,7 @@ TEST(ProviderModels, LimitNesting) {
     joined["definitions"].back()["instances"] = {{{"definition", "300"}}};
     EXPECT_FALSE(OpensText("model.json", joined.dump(), error));
     EXPECT_FALSE(OpensText("model.json", "{\"orvaneModel\":" + std::string(100000, '['), error));
-    EXPECT_EQ(error, "arrays and objects are nested too deep");
+    EXPECT_EQ(error, "arrays and objects are nested too deeply");
 
     ordered_json nodes = ordered_json::parse(ReadTestText(u"models/turned.gltf"));
     for (size_t i = 1; i <= 600; ++i) {
@@ -129,7 +129,7 @@ TEST(ProviderModels, GiveWhatTheyHoldThroughAssimp) {
     const std::string wall = ReadTestText(u"models/assimp/wall.x");
     std::string error;
     EXPECT_FALSE(OpensText("wall.dae", wall.substr(0, wall.size() / 2), error));
-    const std::string_view known = "the file is broken or of a kind that is not read here (";
+    const std::string_view known = "the file is broken or not supported (";
     EXPECT_TRUE(error.starts_with(known) && error.size() > known.size() + 1) << error;
 }
 
