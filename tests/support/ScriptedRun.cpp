@@ -23,7 +23,8 @@ void ReadCalls(ScriptedRun& run, const fs::path& record) {
 void AppendNode(const StoredScene& scene, const StoredNode& node, std::string& text) {
     const char* gap = "";
     if (!node.Name.empty()) {
-        text += "'" + node.Name + "'";
+        const std::basic_string<unsigned char> latin(node.Name.begin(), node.Name.end());
+        text += "'" + Utf8FromUtf16(std::u16string(latin.begin(), latin.end())) + "'";
         gap = " ";
     }
     for (const StoredMesh& mesh : node.Meshes) {
@@ -32,6 +33,12 @@ void AppendNode(const StoredScene& scene, const StoredNode& node, std::string& t
         if (!path.empty())
             text += "@" +
                     path.substr(path.rfind("Texture") + 7, path.rfind('.') - path.rfind("Texture") - 7);
+        if (mesh.Material.Colour != std::array<float, 4>{1, 1, 1, 1}) {
+            std::ostringstream parts;
+            for (const float part : mesh.Material.Colour)
+                parts << " " << part * 255;
+            text += "(" + parts.str().substr(1) + ")";
+        }
         text += ":" + std::to_string(mesh.Indices.size() / 3);
         gap = " ";
     }
@@ -44,6 +51,78 @@ void AppendNode(const StoredScene& scene, const StoredNode& node, std::string& t
             AppendNode(scene, scene.Nodes[content], text);
         text += "]";
         gap = " ";
+    }
+}
+
+// Replaces the triangles.
+void Expand(Json& node) {
+    if (node.is_object() && node.contains("triangle")) {
+        Json whole = Triangle(node["triangle"]);
+        whole.update(node);
+        node = whole;
+    }
+    if (node.is_structured())
+        for (Json& child : node)
+            Expand(child);
+}
+
+// The parts of a run that scenarios describe with {src}, {dest} and {out}.
+std::vector<std::pair<std::u16string, std::u16string>> Marks(const ScriptedRun& run) {
+    const std::u16string out = run.Destination.substr(0, run.Destination.find_last_of(u"\\/") + 1);
+    return {{u"{src}", run.Source}, {u"{dest}", run.Destination}, {u"{out}", out}};
+}
+
+std::u16string Filled(std::u16string line, const ScriptedRun& run) {
+    for (const auto& [mark, text] : Marks(run))
+        if (const size_t at = line.find(mark); at != line.npos)
+            line.replace(at, mark.size(), text);
+    return line;
+}
+
+std::vector<std::u16string> Filled(const Json& lines, const ScriptedRun& run) {
+    std::vector<std::u16string> filled;
+    for (const Json& line : lines)
+        filled.push_back(Filled(Utf16FromUtf8(line.get<std::string>()), run));
+    return filled;
+}
+
+void RunScenario(const Json& scenario, const Json& models) {
+    const std::string earlier = "an earlier scene file";
+    const Json& model = scenario["model"];
+    Json script = model.is_string() ? models.at(model.get<std::string>()) : model;
+    const Json changes = scenario.value("changes", Json());
+    for (const auto& [pointer, value] : changes.items())
+        script[Json::json_pointer(pointer)] = value;
+    Expand(script);
+    ScriptedRun run;
+    WriteBytes(run.SceneFile, earlier);
+    WriteBytes(run.LogFile, std::string(5000, 'x'));
+    RunScript(run, script);
+    const int code = scenario.value("exit", 0);
+    EXPECT_EQ(run.Result.ExitCode, code) << run.Result.Output;
+    if (scenario.contains("log"))
+        ExpectOutcome(run, code, Filled(scenario["log"], run));
+    if (code != 0) {
+        EXPECT_EQ(ReadBytes(run.SceneFile), earlier);
+    } else {
+        const StoredScene scene = SceneOf(run);
+        EXPECT_EQ(Shape(scene), scenario.value("scene", ""));
+        if (scenario.contains("meshes")) {
+            EXPECT_EQ(Json(Meshes(scene)), scenario["meshes"]);
+        }
+    }
+    if (scenario.contains("files")) {
+        Json files = Json::object();
+        for (const std::string& file : FilesBelow(run.SceneFile.parent_path()))
+            if (file != run.SceneFile.filename())
+                files[file] = ReadBytes(run.SceneFile.parent_path() / file);
+        EXPECT_EQ(files, scenario["files"]);
+    }
+    if (scenario.contains("calls")) {
+        std::vector<std::string> calls;
+        for (const std::u16string& call : Filled(scenario["calls"], run))
+            calls.push_back(Utf8FromUtf16(call));
+        EXPECT_EQ(Json(run.Calls), Json(calls));
     }
 }
 
@@ -92,15 +171,18 @@ void RunScript(ScriptedRun& run, const Json& script) {
     EXPECT_EQ(run.Calls.back(), "SUTerminate");
 }
 
+void RunScenarios(const std::string& path) {
+    const Json file = TestData(path);
+    for (const Json& scenario : file["scenarios"]) {
+        SCOPED_TRACE(scenario["name"]);
+        RunScenario(scenario, file["models"]);
+    }
+}
+
 void ExpectOutcome(const ScriptedRun& run, int exitCode, const std::vector<std::u16string>& lines) {
-    const std::u16string out = run.Destination.substr(0, run.Destination.find_last_of(u"\\/") + 1);
-    std::vector<std::u16string> filled = lines;
-    for (std::u16string& line : filled)
-        for (const auto& [mark, text] : {std::pair<std::u16string, std::u16string>{u"{src}", run.Source},
-                                         {u"{dest}", run.Destination},
-                                         {u"{out}", out}})
-            if (const size_t at = line.find(mark); at != line.npos)
-                line.replace(at, mark.size(), text);
+    std::vector<std::u16string> filled;
+    for (const std::u16string& line : lines)
+        filled.push_back(Filled(line, run));
     EXPECT_EQ(run.Result.ExitCode, exitCode);
     EXPECT_EQ(run.Result.Output, OutputBytes(filled));
     if (fs::is_regular_file(run.LogFile)) {
@@ -141,11 +223,21 @@ std::string Shape(const StoredScene& scene) {
     return text;
 }
 
-std::vector<StoredVertex> Corners(const StoredMesh& mesh) {
-    std::vector<StoredVertex> corners;
-    for (uint32_t index : mesh.Indices)
-        corners.push_back(mesh.Vertices[index]);
-    return corners;
+std::vector<std::string> Meshes(const StoredScene& scene) {
+    std::vector<std::string> lines;
+    for (const StoredNode& node : scene.Nodes)
+        for (const StoredMesh& mesh : node.Meshes) {
+            for (const StoredVertex& vertex : mesh.Vertices) {
+                const auto& [x, y, z] = vertex.Position;
+                const auto& [nx, ny, nz] = vertex.Normal;
+                std::ostringstream line;
+                line << x << " " << y << " " << z << " / " << nx << " " << ny << " " << nz << " / "
+                     << vertex.U << " " << vertex.V;
+                lines.push_back(line.str());
+            }
+            lines.push_back(Json(mesh.Indices).dump());
+        }
+    return lines;
 }
 
 Json Triangle(double x, Json front, Json back) {

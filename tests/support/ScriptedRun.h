@@ -47,6 +47,18 @@ Json TestData(const std::string& path);
 // "die"), and prints the expected standard error output.
 void RunScript(ScriptedRun& run, const Json& script);
 
+// Runs each scenario of a JSON file below tests/. The file has:
+//   "models"     scripts by name. An element {"triangle": X, ...} is the Triangle at X with the rest
+//   "scenarios"  [{"name", "model": a script or its name, "changes": {JSON pointer: value}}] with the
+//                expected results:
+//     "exit"    the exit code, 0 by default. Except for 0 an earlier scene file is unchanged
+//     "log"     the lines of the log and of standard output, as for ExpectOutcome
+//     "scene"   the Shape
+//     "meshes"  the lines of Meshes
+//     "files"   the contents of the pictures by name; no others exist
+//     "calls"   all calls of the library
+void RunScenarios(const std::string& path);
+
 // Expects the exit code and exactly these lines in the log and on standard output. In the lines, {src}
 // and {dest} mean the first two arguments, {out} the second one without its last component.
 void ExpectOutcome(const ScriptedRun& run, int exitCode, const std::vector<std::u16string>& lines);
@@ -62,12 +74,13 @@ StoredScene SceneOf(const ScriptedRun& run);
 StoredScene Convert(const Json& script);
 
 // A scene in one line: each mesh as material:triangles, or material@number:triangles with the number of
-// its texture file; each group or instance in brackets, with its name, if any, first and in quotes.
-// Example: "Default:2 brick@1:4 ['Wall' red:2 [red:2]]".
+// its texture file, followed by the colour in parentheses if it isn't opaque white; each group or
+// instance in brackets, with its name, if any, first and in quotes. Example: "Default:2 brick@1:4
+// ['Wall' red:2 [red:2]]".
 std::string Shape(const StoredScene& scene);
 
-// The vertices of a mesh's triangles in order.
-std::vector<StoredVertex> Corners(const StoredMesh& mesh);
+// The lines of each mesh: "x y z / normal / u v" for each vertex, then the indices.
+std::vector<std::string> Meshes(const StoredScene& scene);
 
 // The triangle (x, 0, 0), (x + 1, 0, 0), (x, 1, 0) as a face; its texture coordinates have s = 0, 1, 2.
 // Front and back are material indices, or null.

@@ -18,7 +18,7 @@ Json Reference() {
 
 const std::string Root = "Default:1 brick@1:2 red:1 @2:4 @3:4";
 const std::string Groups = " ['Wall' red:2] ['Roof' Default:2]";
-const std::string Instances = " [glass:2] [Default:2]";
+const std::string Instances = " [glass(1 2 3 127):2] [Default:2]";
 const std::string Whole = Root + Groups + Instances;
 
 constexpr uint64_t AllCalls = 0;
