@@ -1,78 +1,19 @@
-// From polygons to meshes: batching, welding on both paths, splitting at the limit.
+// From polygons to meshes, compared with plain definitions: polygons are fans, each material is welded
+// literally, and meshes are cut between triangles.
 #include "mesh/AddMeshes.h"
 #include "mesh/AddPolygons.h"
+#include "mesh/LiteralWeld.h"
 #include "mesh/WeldVertices.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <functional>
 #include <gtest/gtest.h>
-#include <limits>
 #include <numeric>
+#include <random>
+#include <stdexcept>
 
 namespace {
 
 using Indices = std::vector<uint32_t>;
-
-constexpr size_t GridSize = 90; // enough vertices for the grid
-
-Vertex At(float x, float y = 0, float z = 0) {
-    return {.Position = {x, y, z}, .Normal = {0, 1, 0}, .U = 0, .V = 0};
-}
-
-// Adds vertices far from those under test and from each other, so that the pool uses the grid.
-std::vector<Vertex> WithFiller(std::vector<Vertex> vertices) {
-    while (vertices.size() < GridSize) {
-        vertices.push_back(At(40, 0, static_cast<float>(vertices.size())));
-    }
-    return vertices;
-}
-
-struct Welded {
-    VertexPool Pool;
-    Indices Result;
-};
-
-Welded Weld(std::vector<Vertex> vertices) {
-    Welded welded;
-    welded.Pool.Vertices = std::move(vertices);
-    welded.Result.resize(welded.Pool.Vertices.size());
-    std::iota(welded.Result.begin(), welded.Result.end(), 0u);
-    WeldVertices(welded.Pool, welded.Result, WeldTolerance);
-    return welded;
-}
-
-// Tests that apply to small pools and to pools that use the grid.
-class WeldBothPaths : public testing::TestWithParam<bool> {
-public:
-    static Welded Weld(std::vector<Vertex> vertices) {
-        return ::Weld(GetParam() ? WithFiller(std::move(vertices)) : std::move(vertices));
-    }
-    // The new numbers of the first vertices of the pool.
-    static Indices Numbers(const std::vector<Vertex>& vertices) {
-        Indices all = Weld(vertices).Result;
-        all.resize(vertices.size());
-        return all;
-    }
-};
-
-std::vector<size_t> MeshSizes(const SceneNode& node) {
-    std::vector<size_t> sizes;
-    for (const SceneMesh* mesh : node.Meshes.Elements) {
-        EXPECT_EQ(*std::ranges::max_element(mesh->Indices) + 1, mesh->Vertices.size());
-        sizes.push_back(mesh->Vertices.size());
-    }
-    return sizes;
-}
-
-VertexPool PoolOf(size_t count) {
-    VertexPool pool;
-    for (size_t i = 0; i < count; ++i) {
-        pool.Vertices.push_back(At(static_cast<float>(i)));
-    }
-    return pool;
-}
 
 Indices UpTo(size_t count) {
     Indices indices(count);
@@ -80,73 +21,46 @@ Indices UpTo(size_t count) {
     return indices;
 }
 
-void Append(PolygonList& list, int32_t materialIndex, size_t cornerCount, float x) {
-    std::vector<Vertex> corners;
-    for (size_t i = 0; i < cornerCount; ++i) {
-        corners.push_back(At(x, static_cast<float>(i)));
+Vertex At(float x, float y = 0) {
+    return {.Position = {x, y, 0}, .Normal = {0, 1, 0}, .U = 0, .V = 0};
+}
+
+// Appends the meshes of one material: vertices in order of first use, a new mesh after 99997 vertices.
+void CutLiterally(const std::vector<Vertex>& vertices, const Indices& indices, int32_t material,
+                  std::vector<SceneMesh>& meshes) {
+    std::vector<int64_t> numbers;
+    for (size_t k = 0; k < indices.size(); ++k) {
+        if (k == 0 || (k % 3 == 0 && meshes.back().Vertices.size() >= 99997)) {
+            meshes.emplace_back().MaterialIndex = material;
+            numbers.assign(vertices.size(), -1);
+        }
+        SceneMesh& mesh = meshes.back();
+        int64_t& number = numbers[indices[k]];
+        if (number < 0) {
+            number = static_cast<int64_t>(mesh.Vertices.size());
+            mesh.Vertices.push_back(vertices[indices[k]]);
+        }
+        mesh.Indices.push_back(static_cast<uint32_t>(number));
     }
-    AppendPolygon(list[materialIndex], corners);
+}
+
+void ExpectMeshes(const SceneNode& node, const std::vector<SceneMesh>& expected) {
+    ASSERT_EQ(node.Meshes.Elements.size(), expected.size());
+    for (size_t i = 0; i < expected.size(); ++i) {
+        const SceneMesh& mesh = *node.Meshes.Elements[i];
+        EXPECT_EQ(mesh.MaterialIndex, expected[i].MaterialIndex);
+        EXPECT_TRUE(mesh.Indices == expected[i].Indices);
+        ASSERT_EQ(mesh.Vertices.size(), expected[i].Vertices.size());
+        EXPECT_EQ(std::memcmp(mesh.Vertices.data(), expected[i].Vertices.data(),
+                              mesh.Vertices.size() * sizeof(Vertex)),
+                  0);
+    }
 }
 
 } // namespace
 
-TEST_P(WeldBothPaths, KeepsTheFirstOfEachGroupAndItsValues) {
-    const Welded welded = Weld({At(1), At(2), At(1 + 4e-6f), At(2), At(3)});
-    EXPECT_EQ(Indices(welded.Result.begin(), welded.Result.begin() + 5), (Indices{0, 1, 0, 1, 2}));
-    EXPECT_EQ(welded.Pool.Vertices[0].Position.X, 1.0f);
-    EXPECT_EQ(welded.Pool.Vertices[2].Position.X, 3.0f);
-    EXPECT_TRUE(welded.Pool.Welded);
-}
-
-TEST_P(WeldBothPaths, ComparesAllEightFloatsStrictly) {
-    const Vertex base = {.Position = {0, 0, 0}, .Normal = {0, 0, 0}, .U = 0, .V = 0};
-    for (size_t component = 0; component < 8; ++component) {
-        const auto moved = [&](float distance) {
-            Vertex vertex = base;
-            std::memcpy(reinterpret_cast<char*>(&vertex) + component * sizeof(float), &distance,
-                        sizeof distance);
-            return vertex;
-        };
-        EXPECT_EQ(Numbers({base, moved(WeldTolerance)}), (Indices{0, 1})) << component;
-        EXPECT_EQ(Numbers({base, moved(std::nextafter(WeldTolerance, 0.0f))}), (Indices{0, 0}))
-            << component;
-        EXPECT_EQ(Numbers({base, moved(std::numeric_limits<float>::quiet_NaN())}), (Indices{0, 1}))
-            << component;
-    }
-}
-
-TEST_P(WeldBothPaths, ComparesWithKeptVerticesOnly) {
-    // The second merges with the first; the third matches the second but not the first.
-    EXPECT_EQ(Numbers({At(1), At(1 + 8e-6f), At(1 + 14e-6f)}), (Indices{0, 0, 1}));
-}
-
-TEST_P(WeldBothPaths, KeepsNonFiniteVerticesApart) {
-    const float infinity = std::numeric_limits<float>::infinity();
-    EXPECT_EQ(Numbers({At(infinity), At(infinity), At(-infinity), At(NAN), At(NAN)}),
-              (Indices{0, 1, 2, 3, 4}));
-}
-
-INSTANTIATE_TEST_SUITE_P(Paths, WeldBothPaths, testing::Bool(),
-                         [](const auto& path) { return path.param ? "Grid" : "BruteForce"; });
-
-TEST(Weld, PathsDifferWhereAVertexMatchesTwo) {
-    const std::vector<Vertex> vertices = {At(1), At(1 + 12e-6f), At(1 + 6e-6f)};
-    EXPECT_EQ(Weld(vertices).Result[2], 0u);             // the oldest
-    EXPECT_EQ(Weld(WithFiller(vertices)).Result[2], 1u); // the newest of the cell
-}
-
-TEST(Weld, GridMissesMatchesAcrossTheMargin) {
-    // 128 units along X: half a cell per unit, a margin of 1e-5 cells. A vertex in the margin above the
-    // border at x = 10 is stored in the cell below, which a vertex just beyond the margin does not
-    // search.
-    std::vector<Vertex> vertices = {At(0), At(128), At(10 + 19e-6f), At(10 + 24e-6f)};
-    EXPECT_LT(vertices[3].Position.X - vertices[2].Position.X, WeldTolerance);
-    const Indices numbers = Weld(WithFiller(vertices)).Result;
-    EXPECT_NE(numbers[2], numbers[3]);
-}
-
 TEST(Weld, SkipsEmptyIndicesAndWeldedPools) {
-    VertexPool pool = PoolOf(2);
+    VertexPool pool = {.Vertices = {At(0), At(1)}, .Welded = false};
     Indices none;
     WeldVertices(pool, none, WeldTolerance);
     EXPECT_TRUE(pool.Welded);
@@ -157,67 +71,74 @@ TEST(Weld, SkipsEmptyIndicesAndWeldedPools) {
     EXPECT_EQ(indices, (Indices{0, 1, 1}));
 }
 
-TEST(AddMeshes, NumbersVerticesByFirstUseAndKeepsDegenerateTriangles) {
-    SceneNode node(u"");
-    AddMeshes(node, {5, 6, 7, 7, 6, 8, 8, 8, 8}, PoolOf(9), 3);
-    ASSERT_EQ(node.Meshes.Elements.size(), 1u);
-    const SceneMesh& mesh = *node.Meshes.Elements[0];
-    EXPECT_EQ(mesh.Indices, (Indices{0, 1, 2, 2, 1, 3, 3, 3, 3}));
-    EXPECT_EQ(mesh.Vertices[0].Position.X, 5.0f);
-    EXPECT_EQ(mesh.Vertices[3].Position.X, 8.0f);
-    EXPECT_EQ(mesh.MaterialIndex, 3);
-    AddMeshes(node, {}, PoolOf(9), 3);
-    AddMeshes(node, {0, 0, 0}, VertexPool(), 3);
-    EXPECT_EQ(node.Meshes.Elements.size(), 1u);
+// Pools around the limit in order of first use and in the reverse order. One corner in sixteen uses an
+// earlier vertex, and the last triangles use vertices of the first.
+TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
+    std::mt19937 random(1);
+    for (const bool reversed : {false, true}) {
+        for (size_t count = 99994; count <= 100002; ++count) {
+            Indices indices;
+            for (uint32_t used = 0; used < count || indices.size() % 3 != 0;) {
+                const bool again = used == count || (used > 0 && random() % 16 == 0);
+                indices.push_back(again ? static_cast<uint32_t>(random()) % used : used++);
+            }
+            indices.insert(indices.end(), {0, 1, 2, 0, 1, 1});
+            VertexPool pool;
+            for (size_t i = 0; i < count; ++i) {
+                pool.Vertices.push_back(At(static_cast<float>(i)));
+            }
+            for (uint32_t& index : indices) {
+                index = reversed ? static_cast<uint32_t>(count - 1) - index : index;
+            }
+            std::vector<SceneMesh> expected;
+            CutLiterally(pool.Vertices, indices, 3, expected);
+            SceneNode node(u"");
+            AddMeshes(node, {}, pool, 3);
+            AddMeshes(node, {0, 0, 0}, VertexPool(), 3);
+            AddMeshes(node, indices, pool, 3);
+            SCOPED_TRACE(count);
+            ExpectMeshes(node, expected);
+        }
+    }
 }
 
-TEST(AddMeshes, SplitsBetweenTrianglesAtTheLimit) {
-    const auto sizes = [](size_t poolSize, const Indices& indices) {
+TEST(AddPolygons, EqualsTheLiteralWeldOfEachMaterial) {
+    std::mt19937 random(2);
+    for (int round = 0; round < 60; ++round) {
+        PolygonList list;
+        std::map<int32_t, std::vector<Vertex>> corners;
+        for (auto polygons = random() % 60; polygons > 0; --polygons) {
+            const auto material = static_cast<int32_t>(random() % 8);
+            std::vector<Vertex> polygon(random() % 6);
+            for (Vertex& vertex : polygon) {
+                // Just within the tolerance of one another, or not.
+                constexpr float heights[] = {0, 0.99e-5f, 1e-5f};
+                vertex = At(static_cast<float>(random() % 4), heights[random() % 3]);
+            }
+            AppendPolygon(list[material], polygon);
+            for (size_t k = 2; k < polygon.size(); ++k) {
+                corners[material].insert(corners[material].end(),
+                                         {polygon[0], polygon[k - 1], polygon[k]});
+            }
+        }
+        std::vector<SceneMesh> expected;
+        for (auto& [material, vertices] : corners) {
+            Indices indices = UpTo(vertices.size());
+            WeldLiterally(vertices, indices, 1e-5f);
+            CutLiterally(vertices, indices, material, expected);
+        }
         SceneNode node(u"");
-        AddMeshes(node, indices, PoolOf(poolSize), 0);
-        return MeshSizes(node);
-    };
-    using Sizes = std::vector<size_t>;
-    EXPECT_EQ(sizes(99996, UpTo(99996)), (Sizes{99996}));
-    EXPECT_EQ(sizes(99999, UpTo(99999)), (Sizes{99999}));
-    EXPECT_EQ(sizes(100002, UpTo(100002)), (Sizes{99999, 3}));
-    // One new vertex fills the mesh; the next triangle starts a new one and copies vertex 0.
-    Indices indices = UpTo(99996);
-    indices.insert(indices.end(), {0, 1, 99996, 0, 1, 2});
-    EXPECT_EQ(sizes(99997, indices), (Sizes{99997, 3}));
-    // With two degenerate triangles first, 99995 vertices plus one stay below the limit.
-    indices = UpTo(99993);
-    indices.insert(indices.end(), {0, 99993, 99994, 0, 1, 99995, 0, 1, 2});
-    EXPECT_EQ(sizes(99996, indices), (Sizes{99996}));
+        AddPolygons(node, list);
+        EXPECT_TRUE(list.empty());
+        ExpectMeshes(node, expected);
+    }
 }
 
-TEST(AddPolygons, MakesOneMeshPerMaterialInAscendingOrder) {
-    PolygonList list;
-    for (const auto& [material, x] : {std::pair(4, 0.0f), {0, 1.0f}, {4, 2.0f}, {2, 3.0f}}) {
-        Append(list, material, 3, x);
-    }
-    Append(list, 7, 2, 0); // too few corners for a triangle
-    Append(list, 2, 5, 9);
-    SceneNode node(u"");
-    AddPolygons(node, list);
-    std::vector<int32_t> materials;
-    for (const SceneMesh* mesh : node.Meshes.Elements) {
-        materials.push_back(mesh->MaterialIndex);
-    }
-    EXPECT_EQ(materials, (std::vector<int32_t>{0, 2, 4}));
-    EXPECT_EQ(node.Meshes.Elements[1]->Indices, (Indices{0, 1, 2, 3, 4, 5, 3, 5, 6, 3, 6, 7}));
-}
-
-TEST(AddPolygons, KeepsTheOrderWithinAMaterialInLongLists) {
-    PolygonList list;
-    constexpr size_t count = 1000;
-    for (size_t i = 0; i < count; ++i) {
-        Append(list, i % 3 == 0 ? 1 : 0, 3, static_cast<float>(i));
-    }
-    SceneNode node(u"");
-    AddPolygons(node, list);
-    for (const SceneMesh* mesh : node.Meshes.Elements) {
-        EXPECT_TRUE(
-            std::ranges::is_sorted(mesh->Vertices, {}, [](const Vertex& v) { return v.Position.X; }));
-    }
+// Their vertices would not have 32-bit numbers.
+TEST(AddPolygons, RejectsTooManyTriangles) {
+    VertexPool pool;
+    EXPECT_THROW(AppendTriangles(pool, 715827883), std::length_error);
+    AppendTriangles(pool, 1);
+    EXPECT_THROW(AppendTriangles(pool, 715827882), std::length_error);
+    EXPECT_EQ(pool.Vertices.size(), 3u);
 }

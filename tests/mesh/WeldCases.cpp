@@ -169,37 +169,6 @@ void AppendClusters(Random& random, const PoolKind& kind, size_t count, std::vec
     }
 }
 
-// Steps of about a tolerance along some floats, across borders of all kinds.
-void AppendChain(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
-    Floats floats = AnyFloats(random, kind);
-    const uint32_t moving = 1 + Below(random, 255);
-    const float step = Pick(random, {0.2f, 0.45f, 0.7f, 0.95f, 1.2f}) * kind.Tolerance;
-    while (pool.size() < count) {
-        pool.push_back(floats);
-        for (size_t i = 0; i < floats.size(); ++i) {
-            if ((moving >> i & 1) != 0) {
-                floats[i] += step * (1 + 0.3f * Signed(random));
-            }
-        }
-    }
-}
-
-// So many vertices in a space of a few tolerances that matches are certain.
-void AppendCrowd(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
-    const Floats corner = AnyFloats(random, kind);
-    const uint32_t moving = 1 + Below(random, 255);
-    const float width = Pick(random, {2.0f, 5.0f, 12.0f, 60.0f, 300.0f}) * kind.Tolerance;
-    while (pool.size() < count) {
-        Floats floats = corner;
-        for (size_t i = 0; i < floats.size(); ++i) {
-            if ((moving >> i & 1) != 0) {
-                floats[i] += width * Signed(random);
-            }
-        }
-        pool.push_back(floats);
-    }
-}
-
 // Positions just above a corner of cells, where matching vertices are stored in different cells and the
 // order of the cells decides.
 void AppendCorner(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
@@ -219,20 +188,6 @@ void AppendCorner(Random& random, const PoolKind& kind, size_t count, std::vecto
     }
 }
 
-// All floats from a few values.
-void AppendFewValues(Random& random, const PoolKind& kind, size_t count, std::vector<Floats>& pool) {
-    const float base = AnyValue(random, kind, 3);
-    const float values[] = {base, base + 0.6f * kind.Tolerance, base + 1.2f * kind.Tolerance, -base};
-    const uint32_t moving = 1 + Below(random, 255);
-    while (pool.size() < count) {
-        Floats floats = {};
-        for (size_t i = 0; i < floats.size(); ++i) {
-            floats[i] = (moving >> i & 1) != 0 ? Pick(random, values) : 0.0f;
-        }
-        pool.push_back(floats);
-    }
-}
-
 } // namespace
 
 WeldCase MakeWeldCase(uint32_t number) {
@@ -246,20 +201,9 @@ WeldCase MakeWeldCase(uint32_t number) {
     const size_t count =
         number % 16 == 0 ? 3 + Below(random, 77) : 80 + Below(random, OneIn(random, 12) ? 900 : 90);
     std::vector<Floats> pool;
-    switch (number % 8) {
-    case 0:
-        AppendChain(random, kind, count, pool);
-        break;
-    case 1:
-        AppendCrowd(random, kind, count, pool);
-        break;
-    case 2:
-        AppendFewValues(random, kind, count, pool);
-        break;
-    case 3:
+    if (number % 3 == 0) {
         AppendCorner(random, kind, count, pool);
-        break;
-    default:
+    } else {
         AppendClusters(random, kind, count, pool);
     }
     if (!OneIn(random, 3)) {

@@ -13,5 +13,5 @@ struct WeldCase {
     float Tolerance = 0;
 };
 
-// A function of the number. Eight consecutive numbers give all kinds of pools.
+// A function of the number. Among 48 consecutive numbers are both kinds of pools, small and large ones.
 WeldCase MakeWeldCase(uint32_t number);

@@ -1,45 +1,78 @@
 // Flattening the tree, and the bytes of the scene file.
 #include "output/Recentre.h"
 #include "output/SceneFile.h"
+#include "scene/AnyMatrix.h"
 #include "support/Files.h"
 
-#include <bit>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
 
-SceneMesh& AddTriangle(SceneNode& node, const Vec3& a, const Vec3& b, const Vec3& c,
-                       const Vec3& normal) {
-    SceneMesh& mesh = node.Meshes.Append(std::make_unique<SceneMesh>());
-    for (const Vec3& position : {a, b, c}) {
-        mesh.Vertices.push_back({.Position = position, .Normal = normal, .U = 0, .V = 0});
+using Row = std::array<double, 4>;
+
+Row RowOf(const Vec3& vector, double w) {
+    return {static_cast<double>(vector.X), static_cast<double>(vector.Y), static_cast<double>(vector.Z),
+            w};
+}
+
+// The point in the model of a node, whose parents' matrices follow its own.
+Row PlaceOf(const Vec3& point, const std::vector<Matrix4>& matrices) {
+    Row place = RowOf(point, 1);
+    for (const Matrix4& matrix : matrices) {
+        Row next = {};
+        for (size_t i = 0; i < 16; ++i) {
+            next[i % 4] += place[i / 4] * static_cast<double>(matrix.M[i]);
+        }
+        place = next;
     }
+    return {place[0] / place[3], place[1] / place[3], place[2] / place[3], 1};
+}
+
+void ExpectNear(const Vec3& actual, const Row& expected, double tolerance) {
+    for (size_t axis = 0; axis < 3; ++axis) {
+        EXPECT_NEAR(RowOf(actual, 1)[axis], expected[axis], tolerance) << axis;
+    }
+}
+
+// Towards the side on which the triangle's corners turn counterclockwise.
+Vec3 NormalOf(const SceneMesh& mesh) {
+    const auto edge = [&](size_t corner) {
+        const Vec3& from = mesh.Vertices[mesh.Indices[0]].Position;
+        const Vec3& to = mesh.Vertices[mesh.Indices[corner]].Position;
+        return Vec3{to.X - from.X, to.Y - from.Y, to.Z - from.Z};
+    };
+    const Vec3 a = edge(1);
+    const Vec3 b = edge(2);
+    Vec3 normal = {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
+    Normalize(normal);
+    return normal;
+}
+
+SceneMesh& AddTriangle(SceneNode& node, const Vec3& a, const Vec3& b, const Vec3& c) {
+    SceneMesh& mesh = node.Meshes.Append(std::make_unique<SceneMesh>());
     mesh.Indices = {0, 1, 2};
+    for (const Vec3& position : {a, b, c}) {
+        mesh.Vertices.push_back({.Position = position, .Normal = {}, .U = 0, .V = 0});
+    }
+    for (Vertex& vertex : mesh.Vertices) {
+        vertex.Normal = NormalOf(mesh);
+    }
     return mesh;
 }
 
-SceneNode& AddChild(SceneNode& parent, const Matrix4& matrix) {
-    SceneNode& child = parent.Children.Append(std::make_unique<SceneNode>(u""));
-    child.Matrix = matrix;
-    return child;
-}
-
-Matrix4 Scaling(float x, float y, float z, float w = 1) {
-    return {{x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, w}};
-}
-
-void ExpectVector(const Vec3& actual, const Vec3& expected) {
-    EXPECT_EQ(actual.X, expected.X);
-    EXPECT_EQ(actual.Y, expected.Y);
-    EXPECT_EQ(actual.Z, expected.Z);
-}
-
-// A mesh with one normal, transformed.
-SceneMesh Transform(const Vec3& normal, const Matrix4& world) {
-    SceneNode node(u"");
-    SceneMesh mesh = AddTriangle(node, {1, 2, 3}, {2, 2, 3}, {1, 3, 3}, normal);
-    TransformMesh(mesh, world);
-    return mesh;
+// Axes in any direction but not in one plane, and any homogeneous scale.
+Matrix4 AnyPlacement(std::mt19937& random) {
+    Matrix4 matrix = AnyMatrix(random);
+    for (size_t axis = 0; axis < 3; ++axis) {
+        matrix.M[5 * axis] += matrix.M[5 * axis] < 0 ? -4.0f : 4.0f;
+        matrix.M[4 * axis + 3] = 0;
+    }
+    matrix.M[15] += 4;
+    return matrix;
 }
 
 std::string WriteToBytes(const SceneNode& root, const MaterialTable& materials) {
@@ -62,52 +95,61 @@ template <class Value> Value ValueAt(const std::string& bytes, size_t offset) {
 
 } // namespace
 
-TEST(Recentre, CentresTheModelOnTheGround) {
-    SceneNode root(u"");
-    const SceneMesh& mesh = AddTriangle(root, {0, 10, 0}, {2, 10, 0}, {0, 13, 4}, {0, 1, 0});
-    SceneNode& moved = AddChild(root, {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 100, 0, 0, 1}});
-    const SceneMesh& far = AddTriangle(moved, {0, 10, 0}, {2, 10, 0}, {0, 13, 4}, {0, 1, 0});
-    Recentre(root);
-    ExpectVector(mesh.Vertices[0].Position, {-51, 0, -2});
-    ExpectVector(mesh.Vertices[2].Position, {-51, 3, 2});
-    ExpectVector(far.Vertices[1].Position, {51, 0, -2});
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(std::bit_cast<uint32_t>(moved.Matrix.M[i]), std::bit_cast<uint32_t>(Identity.M[i]));
+// Groups inside each other, each with a triangle.
+TEST(Recentre, PutsEveryTriangleInItsPlace) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round) {
+        SceneNode root(u"");
+        SceneNode* node = &root;
+        std::vector<Matrix4> matrices;
+        std::vector<const SceneMesh*> meshes;
+        std::vector<Row> places;
+        for (int level = 0; level < 4; ++level) {
+            meshes.push_back(
+                &AddTriangle(*node, AnyVector(random), AnyVector(random), AnyVector(random)));
+            for (const Vertex& vertex : meshes.back()->Vertices) {
+                places.push_back(PlaceOf(vertex.Position, matrices));
+            }
+            node = &node->Children.Append(std::make_unique<SceneNode>(u""));
+            node->Matrix = AnyPlacement(random);
+            matrices.insert(matrices.begin(), node->Matrix);
+        }
+        Recentre(root);
+        const auto range = [&](size_t axis) {
+            const auto [low, high] = std::ranges::minmax_element(
+                places, {}, [axis](const Row& place) { return place[axis]; });
+            return std::pair((*low)[axis], (*high)[axis]);
+        };
+        const Row origin = {(range(0).first + range(0).second) / 2, range(1).first,
+                            (range(2).first + range(2).second) / 2, 0};
+        for (size_t i = 0; i < places.size(); ++i) {
+            const SceneMesh& mesh = *meshes[i / 3];
+            const Row& place = places[i];
+            ExpectNear(mesh.Vertices[i % 3].Position,
+                       {place[0] - origin[0], place[1] - origin[1], place[2] - origin[2]}, 1e-3);
+            ExpectNear(mesh.Vertices[i % 3].Normal, RowOf(NormalOf(mesh), 0), 1e-2);
+        }
+        EXPECT_EQ(std::memcmp(&node->Matrix, &Identity, sizeof Identity), 0);
     }
 }
 
-TEST(Recentre, ReversesTheWindingOncePerMirroring) {
-    SceneNode root(u"");
-    SceneNode& once = AddChild(root, Scaling(-1, 1, 1));
-    SceneNode& twice = AddChild(once, Scaling(-1, 1, 1));
-    const SceneMesh& onceMesh = AddTriangle(once, {1, 0, 0}, {2, 0, 0}, {1, 1, 0}, {1, 0, 0});
-    const SceneMesh& twiceMesh = AddTriangle(twice, {1, 0, 0}, {2, 0, 0}, {1, 1, 0}, {1, 0, 0});
-    Recentre(root);
-    EXPECT_EQ(onceMesh.Indices, (std::vector<uint32_t>{2, 1, 0}));
-    EXPECT_EQ(onceMesh.Vertices[0].Normal.X, -1.0f);
-    EXPECT_EQ(twiceMesh.Indices, (std::vector<uint32_t>{0, 1, 2}));
-    EXPECT_EQ(twiceMesh.Vertices[0].Normal.X, 1.0f);
-}
-
-TEST(Recentre, TransformsNormalsByTheInverseTranspose) {
-    const SceneMesh stretched = Transform({0.70710678f, 0.70710678f, 0}, Scaling(2, 1, 1));
-    EXPECT_NEAR(stretched.Vertices[0].Normal.Y / stretched.Vertices[0].Normal.X, 2.0f, 1e-5f);
-    // A singular matrix uses its transpose, which makes this normal 0.
-    const SceneMesh flat = Transform({0, 0, 1}, Scaling(1, 1, 0));
-    ExpectVector(flat.Vertices[0].Normal, {0, 0, 0});
-    EXPECT_EQ(flat.Vertices[0].Position.Z, 0.0f);
-    const SceneMesh doubled = Transform({0, 1, 0}, Scaling(1, 1, 1, 0.5f));
-    ExpectVector(doubled.Vertices[0].Position, {2, 4, 6});
-    ExpectVector(doubled.Vertices[0].Normal, {0, 1, 0});
-}
-
-TEST(Recentre, KeepsMeshesUnderTheIdentity) {
-    Matrix4 nearly = Identity;
-    nearly.M[12] = 0.9e-8f;
-    const Vec3 unnormalized = {0, 3, 0};
-    ExpectVector(Transform(unnormalized, nearly).Vertices[0].Normal, unnormalized);
-    nearly.M[12] = 1e-8f;
-    ExpectVector(Transform(unnormalized, nearly).Vertices[0].Normal, {0, 1, 0});
+TEST(Recentre, KeepsMeshesUnderTheIdentityAndPointsOfFlatGroups) {
+    const auto normalUnder = [](const Matrix4& world) {
+        SceneNode node(u"");
+        SceneMesh& mesh = AddTriangle(node, {}, {}, {});
+        mesh.Vertices[0].Normal = {0, 3, 0};
+        TransformMesh(mesh, world);
+        EXPECT_EQ(mesh.Vertices[0].Position.Y, 0);
+        return mesh.Vertices[0].Normal.Y;
+    };
+    Matrix4 world = Identity;
+    world.M[12] = 0.9e-8f;
+    EXPECT_EQ(normalUnder(world), 3);
+    world.M[12] = 1e-8f;
+    EXPECT_EQ(normalUnder(world), 1);
+    // A singular matrix uses its transpose.
+    world.M[5] = 0;
+    EXPECT_EQ(normalUnder(world), 0);
 }
 
 TEST(SceneFile, WritesFourZeroBytesPerVertex) {
