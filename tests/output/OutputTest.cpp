@@ -89,13 +89,6 @@ std::string WriteToBytes(const SceneNode& root, const MaterialTable& materials) 
     return ReadBytes(path);
 }
 
-template <class Value> Value ValueAt(const std::string& bytes, size_t offset) {
-    Value value;
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(offset), sizeof value,
-                reinterpret_cast<char*>(&value));
-    return value;
-}
-
 } // namespace
 
 // Groups inside each other, each with a triangle.
@@ -167,7 +160,7 @@ TEST(SceneFile, WritesFourZeroBytesPerVertex) {
     const size_t zeros = 12 + 340 + 52 + 124 + 2 + 2 + count * sizeof(Vertex);
     ASSERT_EQ(bytes.size(), zeros + 4 * count + 12);
     EXPECT_EQ(bytes.find_first_not_of('\0', zeros), zeros + 4 * count);
-    EXPECT_EQ(ValueAt<uint32_t>(bytes, zeros + 4 * count), 7u);
+    EXPECT_EQ(bytes.substr(zeros + 4 * count, 4), std::string("\7\0\0\0", 4));
 }
 
 TEST(SceneFile, CutsNodeNamesAt255UnitsOfTheCodePage) {
