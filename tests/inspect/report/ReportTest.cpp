@@ -16,7 +16,7 @@ namespace {
 
 TEST(InspectReport, DescribesScenes) {
     const std::pair<const char*, StoredScene> rows[] = {
-        {"odd", OddScene()}, {"tree", SmallTree()}, {"nothing", SceneWith({})}};
+        {"odd", OddScene()}, {"tree", SmallTree()}, {"nothing", SceneWith({})}, {"deep", Chain(35)}};
     for (const auto& [name, scene] : rows) {
         SCOPED_TRACE(name);
         const SceneSummary summary = Summarize(scene);
@@ -82,13 +82,15 @@ TEST(InspectReport, FindsEachKindOfDifference) {
         EXPECT_EQ(differences.Count, 1U);
         found += Utf8FromUtf16(differences.First) + "\n";
     }
-    EXPECT_EQ(found, ExpectedText("differences.txt"));
     StoredScene other = scene;
     scene.Nodes[0].Meshes[0].Vertices[1].U = nan;
     other.Nodes[0].Meshes[0].Vertices[1].U = -nan;
     other.Nodes[1].Meshes[0].Indices = {2, 1, 0};
     other.Nodes[2].Name = "last";
-    EXPECT_EQ(CompareScenes(scene, other).Count, 3U);
+    const SceneDifferences differences = CompareScenes(scene, other);
+    EXPECT_EQ(differences.Count, 3U);
+    found += Utf8FromUtf16(differences.First) + "\n";
+    EXPECT_EQ(found, ExpectedText("differences.txt"));
 }
 
 TEST(InspectReport, ParsesOptionsInAnyOrderAndRejectsWrongOnes) {

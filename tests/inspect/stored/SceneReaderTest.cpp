@@ -103,8 +103,13 @@ TEST(SceneReader, RejectsColoursThatAreNoBytes) {
             EXPECT_TRUE(fault.starts_with("at byte " + std::to_string(at) + ": ")) << colour << fault;
         }
     }
-    EXPECT_EQ(FaultOf(BytesOf(SceneWith({TriangleMesh(u"", u"t.png", {1, 0, 1, 1})}))),
-              "at byte 420: material record: a material with a texture isn't white");
+    for (size_t channel = 0; channel < 3; ++channel) {
+        StoredMesh textured = TriangleMesh(u"", u"t.png", {1, 1, 1, 1});
+        textured.Material.Colour[channel] = 0;
+        EXPECT_EQ(FaultOf(BytesOf(SceneWith({textured}))),
+                  "at byte " + std::to_string(MaterialAt + 12 + channel * 4) +
+                      ": material record: a material with a texture isn't white");
+    }
 }
 
 // Flips each bit of each byte, except where any value is valid. Allocating for a count with a wrong
