@@ -38,6 +38,10 @@ void ExpectNear(const Vec3& actual, const Row& expected, double tolerance) {
     }
 }
 
+Vec3 Cross(const Vec3& a, const Vec3& b) {
+    return {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
+}
+
 // Towards the side on which the triangle's corners turn counterclockwise.
 Vec3 NormalOf(const SceneMesh& mesh) {
     const auto edge = [&](size_t corner) {
@@ -45,9 +49,7 @@ Vec3 NormalOf(const SceneMesh& mesh) {
         const Vec3& to = mesh.Vertices[mesh.Indices[corner]].Position;
         return Vec3{to.X - from.X, to.Y - from.Y, to.Z - from.Z};
     };
-    const Vec3 a = edge(1);
-    const Vec3 b = edge(2);
-    Vec3 normal = {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
+    Vec3 normal = Cross(edge(1), edge(2));
     Normalize(normal);
     return normal;
 }
@@ -66,13 +68,14 @@ SceneMesh& AddTriangle(SceneNode& node, const Vec3& a, const Vec3& b, const Vec3
 
 // Axes in any direction but not in one plane, and any homogeneous scale.
 Matrix4 AnyPlacement(std::mt19937& random) {
-    Matrix4 matrix = AnyMatrix(random);
-    for (size_t axis = 0; axis < 3; ++axis) {
-        matrix.M[5 * axis] += matrix.M[5 * axis] < 0 ? -4.0f : 4.0f;
-        matrix.M[4 * axis + 3] = 0;
+    const Vec3 x = AnyVector(random);
+    const Vec3 y = AnyVector(random);
+    const Vec3 z = AnyVector(random);
+    const Vec3 up = Cross(x, y);
+    if (std::fabs(up.X * z.X + up.Y * z.Y + up.Z * z.Z) < 1) {
+        return AnyPlacement(random);
     }
-    matrix.M[15] += 4;
-    return matrix;
+    return {{x.X, x.Y, x.Z, 0, y.X, y.Y, y.Z, 0, z.X, z.Y, z.Z, 0, 1, 2, -3, AnyFloat(random) + 3}};
 }
 
 std::string WriteToBytes(const SceneNode& root, const MaterialTable& materials) {
@@ -84,13 +87,6 @@ std::string WriteToBytes(const SceneNode& root, const MaterialTable& materials) 
         EXPECT_TRUE(WriteScene(file, root, materials));
     }
     return ReadBytes(path);
-}
-
-template <class Value> Value ValueAt(const std::string& bytes, size_t offset) {
-    Value value;
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(offset), sizeof value,
-                reinterpret_cast<char*>(&value));
-    return value;
 }
 
 } // namespace
@@ -164,7 +160,7 @@ TEST(SceneFile, WritesFourZeroBytesPerVertex) {
     const size_t zeros = 12 + 340 + 52 + 124 + 2 + 2 + count * sizeof(Vertex);
     ASSERT_EQ(bytes.size(), zeros + 4 * count + 12);
     EXPECT_EQ(bytes.find_first_not_of('\0', zeros), zeros + 4 * count);
-    EXPECT_EQ(ValueAt<uint32_t>(bytes, zeros + 4 * count), 7u);
+    EXPECT_EQ(bytes.substr(zeros + 4 * count, 4), std::string("\7\0\0\0", 4));
 }
 
 TEST(SceneFile, CutsNodeNamesAt255UnitsOfTheCodePage) {

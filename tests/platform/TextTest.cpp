@@ -9,8 +9,11 @@ TEST(Text, FoldsTheCaseOfAsciiOnly) {
 }
 
 TEST(Text, ConvertsBetweenUtf16AndUtf8) {
-    const std::u16string text = u"a\u00FC\u20AC\U0001F3E0";
-    EXPECT_EQ(Utf8FromUtf16(text), "a\xC3\xBC\xE2\x82\xAC\xF0\x9F\x8F\xA0");
+    // The first and last codes of each length.
+    const std::u16string text = {0x01,   0x7F,   0x80,   0x7FF,  0x800, 0xD7FF,
+                                 0xFFFF, 0xD800, 0xDC00, 0xDBFF, 0xDFFF};
+    EXPECT_EQ(Utf8FromUtf16(text), "\x01\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEF\xBF\xBF"
+                                   "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
     EXPECT_EQ(Utf16FromUtf8(Utf8FromUtf16(text)), text);
     const std::u16string unpaired = {0xD83C, u'x', 0xDFE0, 0xD83C};
     EXPECT_EQ(Utf8FromUtf16(unpaired), "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD");

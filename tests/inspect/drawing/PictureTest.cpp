@@ -7,13 +7,6 @@
 
 #include "inspect/InspectTesting.h"
 
-#include "platform/Platform.h"
-#include "support/Files.h"
-#include "support/RunProgram.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -255,24 +248,6 @@ TEST(InspectPicture, SurvivesExtremeNumbers) {
         EXPECT_EQ(DrawScene(SceneWith({mesh}), shelf, 9, 7).Pixels.size(), 9U * 7 * 3);
     }
     EXPECT_EQ(DrawScene(SceneWith({}), shelf, 1, 1).Pixels.size(), 3U) << "an empty scene";
-}
-
-TEST(InspectPicture, WritesAPngOfTheGivenSize) {
-    const TempFolder folder;
-    const Bytes bytes = SmallFile();
-    WriteBytes(folder.Path / "a.bin", std::string(bytes.begin(), bytes.end()));
-    ProgramCall call;
-    call.Program = ORVANE_SCENE_INSPECT;
-    call.Arguments = {u"a.bin", u"--png", u"a.png", u"--size", u"31x17"};
-    call.WorkingDirectory = folder.Path;
-    const ProgramResult result = RunProgram(call);
-    EXPECT_EQ(result.ExitCode, 0) << result.Errors;
-    TextureShelf shelf;
-    shelf.Directory = PathText(folder.Path) + u"/";
-    const Texture* const png = FindTexture(shelf, u"a.png");
-    ASSERT_NE(png, nullptr);
-    EXPECT_EQ(png->Width, 31U);
-    EXPECT_EQ(png->Height, 17U);
 }
 
 } // namespace
