@@ -162,8 +162,8 @@ TEST(SceneReader, RejectsEveryOtherLength) {
     }
     const std::string end = "at byte " + std::to_string(file.size()) + ": end of file: ";
     file.push_back(0);
-    EXPECT_EQ(FaultOfStream(file), end + "bytes left over behind the last block");
-    EXPECT_EQ(FaultOf(file), end + "1 bytes left over behind the last block");
+    EXPECT_EQ(FaultOfStream(file), end + "bytes after the last block");
+    EXPECT_EQ(FaultOf(file), end + "1 byte after the last block");
 }
 
 // The rest of the file could contain the children of either node, but not of both.
