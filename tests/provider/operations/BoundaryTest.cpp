@@ -36,6 +36,7 @@ std::vector<uint64_t> WrongHandles(const World& world, const World& gone, const 
                 wrong.push_back(value);
             }
         }
+        wrong.push_back(*std::ranges::max_element(values) + 1);
         const bool isOfModel = known != "String" && known != "ImageRep" && known != "TextureWriter";
         const std::vector<uint64_t>& stale = gone.Handles.at(known);
         wrong.insert(wrong.end(), stale.begin(), isOfModel ? stale.end() : stale.begin());
@@ -174,7 +175,8 @@ TEST(ProviderBoundary, OpensOneModelAtATime) {
 TEST(ProviderBoundary, WritesPicturesOfAllKindsAsPng) {
     const std::vector<uint8_t> png = PngOf(PictureFile(u"tiles.tga"));
     EXPECT_EQ(PngOf(PictureFile(u"tiles.bmp")), png);
-    EXPECT_EQ(PngOf(png), png);
+    // Sound PNG files stay as they are, also those of other programs.
+    EXPECT_EQ(PngOf(PictureFile(u"palette.png")), PictureFile(u"palette.png"));
     // A PNG file with bytes after its end or a wrong checksum is decoded and encoded again.
     std::vector<uint8_t> unsound = png;
     unsound.push_back(0);
