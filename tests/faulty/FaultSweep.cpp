@@ -137,7 +137,8 @@ std::string Check(const Job& job, const Place& place, const std::string& source,
     const auto fault = ReadStoredSceneFile(place.Scene.u16string(), stored);
     if (wholes.contains(job.Model)) {
         const std::string wrong = CheckTrouble(job, code, scene, log, !fault);
-        if (!wrong.empty() || code >= SignalBase || job.Call.Output != OutputTo::Result)
+        const bool isEnded = job.Call.Signal != 0 && code >= SignalBase;
+        if (!wrong.empty() || isEnded || job.Call.Output != OutputTo::Result)
             return wrong;
     }
     const bool noMemory = code == OutOfMemoryCode && !job.Call.Environment.empty();
