@@ -23,7 +23,6 @@
 #include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -87,27 +86,40 @@ std::string Text(const Job& job) {
 
 // Whether the output is that of a run with this exit code.
 bool IsSequence(const std::string& output, int code, const std::string& source) {
-    static const auto Pattern = [](const std::string& lines, int failure = 0) {
-        return std::regex(
-            "Importing <src> to out/house.bin\r\n" + lines + "\r\n" +
-            (failure == 0 ? "" : "Error importing <src> .rc=" + std::to_string(failure) + ".\r\n"));
-    };
-    static const std::string Writing = "(Writing: [^\r]*\r\n)*";
-    static const std::string Picture = "Error: SKP library could not write [^\r]*";
-    static const std::map<int, std::regex> Patterns = {
-        {0, Pattern(Writing + "Success. <src> imported to out/house.bin")},
-        {10, Pattern("Error opening <src>", 10)},
-        {11, Pattern(Writing + "Error writing out/house.bin")},
-        {12, Pattern(Writing + Picture, 12)},
-        {13, Pattern("(" + Writing + "(" + Picture + "\r\n)?SKP Import failed - error reading file|" +
-                         "Error creating texture writer)",
-                     13)},
-    };
-    std::string text = output;
-    for (size_t at = text.find(source); at != text.npos; at = text.find(source, at))
-        text.replace(at, source.size(), "<src>");
-    const auto found = Patterns.find(code);
-    return found != Patterns.end() && std::regex_match(text, found->second);
+    using Lines = std::vector<std::string>;
+    Lines lines;
+    for (size_t start = 0; start < output.size();) {
+        const size_t end = output.find("\r\n", start);
+        if (end == output.npos)
+            return false;
+        lines.push_back(output.substr(start, end - start));
+        start = end + 2;
+    }
+    if (lines.empty() || lines[0] != "Importing " + source + " to " + SceneName)
+        return false;
+    size_t at = 1;
+    while (at < lines.size() && lines[at].starts_with("Writing: "))
+        ++at;
+    const bool picture =
+        at < lines.size() && lines[at].starts_with("Error: SKP library could not write ");
+    const bool atOnce = at == 1 && !picture;
+    const Lines rest(lines.begin() + ptrdiff_t(at + picture), lines.end());
+    const std::string rc = "Error importing " + source + " (rc=" + std::to_string(code) + ")";
+    switch (code) {
+    case 0:
+        return !picture && rest == Lines{"Success. " + source + " imported to " + SceneName};
+    case 10:
+        return atOnce && rest == Lines{"Error opening " + source, rc};
+    case 11:
+        return !picture && rest == Lines{"Error writing " + SceneName};
+    case 12:
+        return picture && rest == Lines{rc};
+    case 13:
+        return rest == Lines{"SKP Import failed - error reading file", rc} ||
+               (atOnce && rest == Lines{"Error creating texture writer", rc});
+    default:
+        return false;
+    }
 }
 
 // The fault in what a run with limits, signals or closed streams leaves; empty if there is none.
