@@ -148,7 +148,7 @@ std::string Check(const Job& job, const Place& place, const std::string& source,
     StoredScene stored;
     const auto fault = ReadStoredSceneFile(place.Scene.u16string(), stored);
     if (wholes.contains(job.Model)) {
-        const std::string wrong = CheckTrouble(job, code, scene, log, !fault);
+        std::string wrong = CheckTrouble(job, code, scene, log, !fault);
         const bool isEnded = job.Call.Signal != 0 && code >= SignalBase;
         if (!wrong.empty() || isEnded || job.Call.Output != OutputTo::Result)
             return wrong;
@@ -191,7 +191,7 @@ ProgramResult RunJob(const Job& job, const Place& place) {
     call.Arguments = {Utf16FromUtf8(source), Utf16FromUtf8(SceneName), u"maps", u"out/run.log"};
     call.WorkingDirectory = place.Folder;
     call.LibraryDirectory = IsScripted(job) ? programs / "scripted" : programs;
-    const ProgramResult result = RunProgram(call);
+    ProgramResult result = RunProgram(call);
     const std::string wrong = Check(job, place, source, result);
     const std::scoped_lock lock(codesMutex);
     ++codes[result.ExitCode];

@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -125,7 +125,8 @@ TEST(Recentre, PutsEveryTriangleInItsPlace) {
                        {place[0] - origin[0], place[1] - origin[1], place[2] - origin[2]}, 1e-3);
             ExpectNear(mesh.Vertices[i % 3].Normal, RowOf(NormalOf(mesh), 0), 1e-2);
         }
-        EXPECT_EQ(std::memcmp(&node->Matrix, &Identity, sizeof Identity), 0);
+        EXPECT_EQ((std::bit_cast<std::array<uint32_t, 16>>(node->Matrix)),
+                  (std::bit_cast<std::array<uint32_t, 16>>(Identity)));
     }
 }
 

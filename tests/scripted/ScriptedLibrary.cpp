@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <vector>
 
@@ -111,7 +112,14 @@ bool Spoils(const Fault& fault) {
 }
 
 double HostileNumber() {
-    constexpr double numbers[] = {NAN, HUGE_VAL, -HUGE_VAL, 1e300, -3.5e38, 1e-320, 0.0, -1.0};
+    constexpr double numbers[] = {std::numeric_limits<double>::quiet_NaN(),
+                                  HUGE_VAL,
+                                  -HUGE_VAL,
+                                  1e300,
+                                  -3.5e38,
+                                  1e-320,
+                                  0.0,
+                                  -1.0};
     return numbers[Random(std::size(numbers))];
 }
 
@@ -247,6 +255,7 @@ bool WritePicture(const Json& node, const char* path) {
 } // namespace
 
 // The families of operations that differ only in names.
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are types and names.
 
 #define TO_ELEMENT(name, Element, Result)                                                               \
     Result name(Element element) {                                                                      \
@@ -352,6 +361,7 @@ CREATE(SUImageRepCreate, ImageRepHandle, imageReps)
 RELEASE(SUStringRelease, StringHandle, strings)
 RELEASE(SUImageRepRelease, ImageRepHandle, imageReps)
 RELEASE(SUUVHelperRelease, UVHelperHandle, uvHelpers)
+// NOLINTEND(bugprone-macro-parentheses)
 
 // The other operations.
 

@@ -180,9 +180,9 @@ void RunScenarios(const std::string& path) {
 }
 
 void ExpectOutcome(const ScriptedRun& run, int exitCode, const std::vector<std::u16string>& lines) {
-    std::vector<std::u16string> filled;
-    for (const std::u16string& line : lines)
-        filled.push_back(Filled(line, run));
+    std::vector<std::u16string> filled = lines;
+    for (std::u16string& line : filled)
+        line = Filled(line, run);
     EXPECT_EQ(run.Result.ExitCode, exitCode);
     EXPECT_EQ(run.Result.Output, OutputBytes(filled));
     if (fs::is_regular_file(run.LogFile)) {

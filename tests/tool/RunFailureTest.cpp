@@ -32,7 +32,7 @@ std::string SceneBytes(const Json& script) {
     ScriptedRun run;
     RunScript(run, script);
     EXPECT_EQ(run.Result.ExitCode, 0) << run.Result.Output;
-    const std::string bytes = ReadBytes(run.SceneFile);
+    std::string bytes = ReadBytes(run.SceneFile);
     if (!script.contains("faults"))
         known[script.dump()] = bytes;
     return bytes;
