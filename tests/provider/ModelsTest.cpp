@@ -181,7 +181,7 @@ TEST(ProviderModels, TakeTheFirstPictureOfAMaterialOfAssimp) {
 TEST(ProviderModels, ReportFormatsThatNeedAssimp) {
     std::string error;
     EXPECT_FALSE(OpensText("a.obj", "v 0 0 0\n", error));
-    EXPECT_EQ(error, "this format is read through the assimp library, which this build leaves out");
+    EXPECT_EQ(error, "this format requires the assimp library, which this build does not include");
 }
 
 #endif

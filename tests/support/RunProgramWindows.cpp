@@ -3,6 +3,7 @@
 
 #include "support/Files.h"
 
+#include <cstdio>
 #include <windows.h>
 
 namespace {
@@ -59,9 +60,16 @@ int Run(const std::filesystem::path& program, const ProgramCall& call, HANDLE ou
     PROCESS_INFORMATION process = {};
     const std::wstring folder = call.WorkingDirectory.wstring();
     SetVariables(call, true);
-    const bool started =
-        CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                       folder.empty() ? nullptr : folder.c_str(), &startup, &process) != 0;
+    // On a busy machine Wine sometimes fails to start a process, so that starting is tried three times.
+    bool started = false;
+    for (int attempt = 0; attempt < 3 && !started; ++attempt) {
+        started = CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                 folder.empty() ? nullptr : folder.c_str(), &startup, &process) != 0;
+        if (!started) {
+            std::fprintf(stderr, "the program was not started: error %lu\n", GetLastError());
+            Sleep(500);
+        }
+    }
     SetVariables(call, false);
     if (!started) {
         return NotRun;

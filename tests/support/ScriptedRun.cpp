@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -228,11 +229,21 @@ std::vector<std::string> Meshes(const StoredScene& scene) {
     for (const StoredNode& node : scene.Nodes)
         for (const StoredMesh& mesh : node.Meshes) {
             for (const StoredVertex& vertex : mesh.Vertices) {
+                std::ostringstream line;
+                const auto write = [&](float number, const char* end) {
+                    // The sign of a NaN is not defined.
+                    line << (std::isnan(number) ? std::fabs(number) : number) << end;
+                };
                 const auto& [x, y, z] = vertex.Position;
                 const auto& [nx, ny, nz] = vertex.Normal;
-                std::ostringstream line;
-                line << x << " " << y << " " << z << " / " << nx << " " << ny << " " << nz << " / "
-                     << vertex.U << " " << vertex.V;
+                write(x, " ");
+                write(y, " ");
+                write(z, " / ");
+                write(nx, " ");
+                write(ny, " ");
+                write(nz, " / ");
+                write(vertex.U, " ");
+                write(vertex.V, "");
                 lines.push_back(line.str());
             }
             lines.push_back(Json(mesh.Indices).dump());
