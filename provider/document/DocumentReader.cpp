@@ -123,9 +123,6 @@ bool ReadLength(DocumentReader& reader, uint32_t node, double& length) {
 }
 
 bool ReadWhole(DocumentReader& reader, uint32_t node, uint32_t limit, uint32_t& number) {
-    if (node == 0) {
-        return true;
-    }
     double value = 0.0;
     if (!ReadNumber(reader, node, value)) {
         return false;

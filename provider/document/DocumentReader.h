@@ -56,7 +56,7 @@ bool ReadNumber(DocumentReader& reader, uint32_t node, double& number);
 bool ReadNumberIn(DocumentReader& reader, uint32_t node, double smallest, double largest,
                   double& number);
 bool ReadLength(DocumentReader& reader, uint32_t node, double& length); // above 0
-// A whole number below limit.
+// A whole number below limit. Expects a value: node is not 0.
 bool ReadWhole(DocumentReader& reader, uint32_t node, uint32_t limit, uint32_t& number);
 bool ReadPoint(DocumentReader& reader, uint32_t node, Point3& point);
 bool ReadDirection(DocumentReader& reader, uint32_t node, Point3& unit);

@@ -68,20 +68,6 @@ TEST(RunOutcome, TheSceneFileIsOpenedAfterThePictures) {
                                         "out/house_Texture2.png"}));
 }
 
-TEST(RunOutcome, AFullDiskIsAnErrorAlsoForSmallScenes) {
-    if (!fs::exists("/dev/full"))
-        GTEST_SKIP() << "no device that is always full";
-    for (const int faces : {1, 200}) {
-        Json list = Json::array();
-        for (int i = 0; i < faces; ++i)
-            list.push_back(Triangle(i));
-        ScriptedRun run;
-        run.Destination = u"\\dev\\full";
-        RunScript(run, Faces(list));
-        ExpectOutcome(run, 11, {u"Importing {src} to {dest}", u"Error writing {dest}"});
-    }
-}
-
 TEST(RunOutcome, AFailingLogChangesNothingElse) {
     for (const char16_t* log : {u"in", u"in\\house.skp\\deep\\run.log", u"", u"/dev/full"}) {
         if (log[0] == u'/' && !fs::exists("/dev/full"))

@@ -96,6 +96,7 @@ TEST(InspectPicture, HidesNoVisiblePixel) {
         HideBehindTriangle(canvas, triangles[near], opaque);
         HideBehindTriangle(hidden, triangles[near], glass);
     }
+    EXPECT_NE(canvas.Nearness, plain.Nearness) << "opaque triangles hide others";
     for (const auto& corners : triangles) {
         DrawTriangle(canvas, corners, opaque);
         DrawTriangle(plain, corners, glass);
@@ -142,7 +143,8 @@ TEST(InspectPicture, SamplesTexturesAtTheRightPlace) {
 TEST(InspectPicture, FramesScenesOfAnySize) {
     std::mt19937 random(7);
     for (const float size : {1e-30F, 1e-3F, 1.0F, 1e6F, 1e30F}) {
-        for (const float offset : {0.0F, 50.0F}) {
+        for (const float offset : {0.0F, 50.0F, -50.0F}) {
+            const uint32_t height = offset == 0.0F ? 300 : 40;
             StoredMesh mesh;
             mesh.Material.Colour = {1, 1, 1, 1};
             for (uint32_t vertex = 0; vertex < 30; ++vertex) {
@@ -157,17 +159,17 @@ TEST(InspectPicture, FramesScenesOfAnySize) {
             mesh.Vertices.push_back({{-1e35F, 0, 0}, {0, 1, 0}, 0, 0});
             mesh.Vertices.push_back({{std::nanf(""), 0, 0}, {0, 1, 0}, 0, 0});
             mesh.Indices.insert(mesh.Indices.end(), {31, 31, 31});
-            const View view = FrameScene(SceneWith({mesh}), 400, 300);
+            const View view = FrameScene(SceneWith({mesh}), 400, height);
             double nearest = 400; // Pixels from an edge of the picture.
             for (size_t vertex = 0; vertex < 30; ++vertex) {
                 const Vector place = ToView(view, mesh.Vertices[vertex].Position);
                 ASSERT_GT(place[2], 0.0);
                 const double x = view.MiddleX + place[0] / place[2] * view.PixelsPerSlope;
                 const double y = view.MiddleY - place[1] / place[2] * view.PixelsPerSlope;
-                nearest = std::min({nearest, x, 400 - x, y, 300 - y});
+                nearest = std::min({nearest, x, 400 - x, y, height - y});
             }
-            EXPECT_GT(nearest, 0.02 * 300) << size << " " << offset;
-            EXPECT_LT(nearest, 0.06 * 400) << size << " " << offset;
+            EXPECT_GT(nearest, 0.02 * height) << size << " " << offset;
+            EXPECT_LT(nearest, 0.06 * (height == 300 ? 400 : height)) << size << " " << offset;
         }
     }
 }
