@@ -2,7 +2,8 @@
 // SUTerminate, from 1, in the program and in all of its libraries.
 //
 // Environment:
-//   ORVANE_FAIL_NEW   "NUMBER only" or "NUMBER from": the requests to refuse
+//   ORVANE_FAIL_NEW   "NUMBER only" or "NUMBER from": the requests to refuse; one alone is refused as
+//                     a size that no array can have
 //   ORVANE_COUNT_NEW  output file for the number of requests
 #include <cstdint>
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <new>
+#include <stdexcept>
 
 namespace {
 
@@ -49,8 +51,10 @@ void SUTerminate(void) {
 void* operator new(size_t size) {
     if (counting) {
         ++requests;
-        if (requests == first || (all && requests > first))
+        if (all && requests >= first)
             throw std::bad_alloc();
+        if (requests == first)
+            throw std::length_error("");
     }
     void* memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)
