@@ -105,6 +105,7 @@ TEST(InspectReport, ParsesOptionsInAnyOrderAndRejectsWrongOnes) {
     options = {};
     EXPECT_EQ(ParseOptions(Arguments(u"-- --json"), options), u"");
     EXPECT_EQ(options.File, u"--json");
+    EXPECT_EQ(options.Width, 1280U);
     for (const char16_t* wrong : {
              u"",
              u"a b",

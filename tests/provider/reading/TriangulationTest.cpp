@@ -197,6 +197,7 @@ TEST(ProviderTriangulation, RejectsPolygonsWithoutArea) {
     EXPECT_FALSE(NormalOfLoop(Loop{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, normal));
     EXPECT_FALSE(NormalOfLoop(Loop{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, normal));
     EXPECT_FALSE(NormalOfLoop(Loop{{0, 0, 0}, {1e200, 0, 0}, {0, 1e200, 0}}, normal));
+    EXPECT_TRUE(NormalOfLoop(Loop{{0, 0, 0}, {1, 0, 0}, {0, 3e-12, 0}}, normal));
 
     PolygonTriangulation nothingLeft;
     nothingLeft.Points = Square(2, 4);
