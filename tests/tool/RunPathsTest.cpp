@@ -147,6 +147,7 @@ TEST(RunPaths, WithoutItsDirectoryTheSceneFileFails) {
     ExpectSuccess(run, u".cache\\house_Texture1.png");
 }
 
+// The scene file is opened after the pictures.
 TEST(RunPaths, TheTexturePrefixOfAnEmptyLastComponentIsAnUnderscore) {
     ScriptedRun run;
     run.Destination = u"out\\";

@@ -128,6 +128,7 @@ Texture FourColours() {
 TEST(InspectPicture, SamplesTexturesAtTheRightPlace) {
     const Mipmaps mipmaps = MakeMipmaps(FourColours());
     ASSERT_EQ(mipmaps.Levels.size(), 2U);
+    EXPECT_EQ(mipmaps.Levels[1].Pixels.size(), 4U);
     const Colour red = {1, 0, 0, 1};
     EXPECT_EQ(SampleMipmaps(mipmaps, 0.25, 0.25, 0), red) << "upper left";
     EXPECT_EQ(SampleMipmaps(mipmaps, -0.75, 5.25, 1), red) << "repeated";

@@ -229,6 +229,7 @@ TEST(ProviderTriangulation, SplitsOnlyTriangulationsThatFaceAllDirections) {
     uint32_t triangles = 0;
     for (const ModelFace& face : model.Faces) {
         EXPECT_EQ(Length(face.Normal), 1.0);
+        EXPECT_EQ(face.Distance, -Dot(face.Normal, model.Positions[face.Vertices.First]));
         triangles += face.Indices.Count / 3;
         for (uint32_t i = 0; i < face.Indices.Count; i += 3) {
             std::array<Point3, 3> corners;
