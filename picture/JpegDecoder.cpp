@@ -13,7 +13,7 @@
 
 // The most scans of a file. Each can cost a pass over the whole picture, however few bytes it has. A
 // progressive file usually has ten; one scan per coefficient of a colour are 64.
-constexpr int MostScans = 200;
+constexpr int MostScans = 100;
 
 namespace {
 

@@ -160,5 +160,5 @@ TEST(Picture, LimitsSizesAndScans) {
         bytes.append(whole, scan, whole.size() - 2 - scan);
     }
     bytes += "\xFF\xD9";
-    EXPECT_EQ(ReasonOf({bytes.begin(), bytes.end()}), "more than 200 scans");
+    EXPECT_EQ(ReasonOf({bytes.begin(), bytes.end()}), "more than 100 scans");
 }
