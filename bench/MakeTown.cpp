@@ -157,7 +157,9 @@ std::string ImageList(Town& town) {
         }
         ModelPicture picture;
         std::vector<uint8_t> png;
-        if (!MakePicture(PictureSide, PictureSide, texels, picture) || !EncodePng(picture, png)) {
+        std::string reason;
+        if (!MakePicture(PictureSide, PictureSide, texels, picture, reason) ||
+            !EncodePng(picture, png, reason)) {
             std::abort();
         }
         AddView(town, png, 0, 0);

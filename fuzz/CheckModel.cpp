@@ -130,8 +130,9 @@ void CheckModel(Model model) {
     }
     for (const ModelPicture& picture : open.Pictures) {
         std::vector<uint8_t> png;
+        std::string reason;
         Expect(uint64_t{picture.Width} * picture.Height > LargestWrittenPicture ||
-               EncodePng(picture, png));
+               EncodePng(picture, png, reason));
     }
     State().Open = nullptr;
 }
@@ -144,7 +145,8 @@ const std::u16string& PictureFolder() {
         const uint8_t texels[16] = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 9, 9, 9, 0};
         ModelPicture picture;
         std::vector<uint8_t> png;
-        Expect(MakePicture(2, 2, texels, picture) && EncodePng(picture, png));
+        std::string reason;
+        Expect(MakePicture(2, 2, texels, picture, reason) && EncodePng(picture, png, reason));
         std::ofstream file(path / "p.png", std::ios::binary);
         file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
         return path.u16string() + u"/";

@@ -18,7 +18,7 @@ const std::u16string TextureName = u"t";
 void GiveTexture(std::span<const uint8_t> file, StoredScene& scene, TextureShelf& shelf) {
     Texture texture;
     std::optional<Texture>& place = shelf.Pictures[TextureName];
-    if (LoadTexture({file.begin(), file.end()}, texture) == nullptr) {
+    if (LoadTexture({file.begin(), file.end()}, texture).empty()) {
         place = std::move(texture);
     }
     for (StoredNode& node : scene.Nodes) {
@@ -45,9 +45,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     const ScenePicture drawn = DrawScene(scene, shelf, Width, Height);
     Expect(drawn.Width == Width && drawn.Height == Height);
-    const std::vector<uint8_t> png = EncodePng(drawn.Pixels, Width, Height, PictureChannels);
+    std::string reason;
+    const std::vector<uint8_t> png = EncodePng(drawn.Pixels, Width, Height, PictureChannels, reason);
     DecodedPicture again;
-    Expect(IsSoundPng(png) && !DecodePicture(png, PictureChannels, again));
+    Expect(IsSoundPng(png) && !DecodePicture(png, 0, again) && again.Channels == PictureChannels);
     Expect(std::equal(drawn.Pixels.begin(), drawn.Pixels.end(), again.Pixels.get()));
 
     const GltfFile exported = ExportGltf(scene, shelf);

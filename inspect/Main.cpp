@@ -120,10 +120,11 @@ bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& t
 
 bool WriteDrawing(const Options& options, const StoredScene& scene, TextureShelf& textures) {
     const ScenePicture picture = DrawScene(scene, textures, options.Width, options.Height);
+    std::string reason;
     const std::vector<uint8_t> png =
-        EncodePng(picture.Pixels, picture.Width, picture.Height, PictureChannels);
+        EncodePng(picture.Pixels, picture.Width, picture.Height, PictureChannels, reason);
     if (png.empty()) {
-        PrintError(options.PictureFile + u": the picture can't be encoded");
+        PrintError(options.PictureFile + u": the picture " + Utf16FromUtf8(reason));
         return false;
     }
     return WriteOutput(options.PictureFile, {reinterpret_cast<const char*>(png.data()), png.size()});

@@ -19,7 +19,7 @@ install_packages() {
     fi
 }
 
-build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev libtinygltf-dev libassimp-dev)
+build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libjpeg62-turbo-dev libspng-dev libwebp-dev zlib1g-dev libglu1-mesa-dev libtinygltf-dev libassimp-dev)
 test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel python3 rsync strace)
 bench_packages=(libbenchmark-dev libmeshoptimizer-dev gltfpack assimp-utils)
 windows_packages=(g++-mingw-w64-x86-64-posix)

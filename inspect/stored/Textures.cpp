@@ -4,6 +4,7 @@
 #include "inspect/stored/Wording.h"
 #include "picture/PictureReader.h"
 #include "platform/Files.h"
+#include "platform/Text.h"
 
 #include <string_view>
 
@@ -26,24 +27,16 @@ const char* MimeTypeOf(const std::vector<uint8_t>& bytes) {
     return text.starts_with(JpegMagic) ? "image/jpeg" : nullptr;
 }
 
-const char16_t* Words(PictureFault fault) {
-    switch (fault) {
-    case PictureFault::UnknownFile:
-        return u"is not a PNG or JPEG file";
-    case PictureFault::TooManyPixels:
-        return u"has too many pixels";
-    case PictureFault::Undecodable:
-        break;
-    }
-    return u"can't be decoded";
+std::u16string Words(const PictureFault& fault) {
+    return Utf16FromUtf8(FaultWords(fault, "PNG or JPEG"));
 }
 
 } // namespace
 
-const char16_t* LoadTexture(std::vector<uint8_t> bytes, Texture& texture) {
+std::u16string LoadTexture(std::vector<uint8_t> bytes, Texture& texture) {
     texture.MimeType = MimeTypeOf(bytes);
     if (texture.MimeType == nullptr) {
-        return Words(PictureFault::UnknownFile);
+        return Words({PictureFaultKind::UnknownFile, {}});
     }
     DecodedPicture picture;
     if (const auto fault = DecodePicture(bytes, Channels, picture)) {
@@ -57,7 +50,7 @@ const char16_t* LoadTexture(std::vector<uint8_t> bytes, Texture& texture) {
     for (size_t alpha = Channels - 1; alpha < size; alpha += Channels) {
         texture.IsOpaque = texture.IsOpaque && texture.Pixels[alpha] == 255;
     }
-    return nullptr;
+    return {};
 }
 
 const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath) {
@@ -68,13 +61,13 @@ const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath
     const auto [place, isNew] = shelf.Pictures.try_emplace(name);
     std::optional<Texture>& picture = place->second;
     if (isNew) {
-        const char16_t* reason = u"can't be read";
+        std::u16string reason = u"can't be read";
         std::vector<uint8_t> bytes;
         if (ReadWholeFile(shelf.Directory + name, bytes,
                           {.LargestSize = LargestFile, .AllowDevices = true})) {
             reason = LoadTexture(std::move(bytes), picture.emplace());
         }
-        if (reason != nullptr) {
+        if (!reason.empty()) {
             picture.reset();
             shelf.Warnings.push_back(u"texture " + Quoted(shelf.Directory + name) + u" " + reason +
                                      u" and is omitted");

@@ -24,9 +24,9 @@ struct TextureShelf {
     std::vector<std::u16string> Warnings; // One per file that can't be used.
 };
 
-// Takes over the bytes of a picture file. Returns null, or the reason why they can't be used, which
-// completes the sentence "texture ...".
-const char16_t* LoadTexture(std::vector<uint8_t> bytes, Texture& texture);
+// Takes over the bytes of a picture file. Returns nothing, or the reason why they can't be used,
+// which completes the sentence "texture ...".
+std::u16string LoadTexture(std::vector<uint8_t> bytes, Texture& texture);
 
 // Returns null for an empty path and for files that can't be used. Each file is read once; the pointer
 // is valid as long as the shelf.

@@ -89,7 +89,8 @@ bool ReadPicture(DocumentReader& reader, uint32_t node, uint32_t& index) {
         return Fail(reader, node, "the picture " + Quoted(name) + " can't be found or read");
     }
     ModelPicture picture;
-    if (const char* reason = LoadPicture(std::move(bytes), picture)) {
+    std::string reason;
+    if (!LoadPicture(std::move(bytes), picture, reason)) {
         return Fail(reader, node, "the picture " + Quoted(name) + " " + reason);
     }
     index = static_cast<uint32_t>(reader.Output.Pictures.size());

@@ -4,63 +4,53 @@
 #include "picture/PictureReader.h"
 #include "picture/PngWriter.h"
 
-namespace {
-
 constexpr uint32_t OwnChannels = 0;
+constexpr std::string_view Formats = "PNG, JPEG, WebP, BMP or TGA";
 
-const char* Words(PictureFault fault) {
-    switch (fault) {
-    case PictureFault::UnknownFile:
-        return "is not a PNG, JPEG, BMP or TGA file that can be decoded";
-    case PictureFault::TooManyPixels:
-        return "has too many pixels";
-    case PictureFault::Undecodable:
-        break;
-    }
-    return "can't be decoded";
-}
-
-} // namespace
-
-const char* LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture) {
+bool LoadPicture(std::vector<uint8_t> bytes, ModelPicture& picture, std::string& reason) {
     if (bytes.size() > LargestPictureFile) {
-        return "is too large";
+        reason = "is too large";
+        return false;
     }
     DecodedPicture decoded;
     if (const auto fault = DecodePicture(bytes, OwnChannels, decoded)) {
-        return Words(*fault);
+        reason = FaultWords(*fault, Formats);
+        return false;
     }
     picture.SoundPng = IsSoundPng(bytes);
     picture.Bytes = std::move(bytes);
     picture.Width = decoded.Width;
     picture.Height = decoded.Height;
-    return nullptr;
+    return true;
 }
 
-bool EncodePng(const ModelPicture& picture, std::vector<uint8_t>& png) {
+bool EncodePng(const ModelPicture& picture, std::vector<uint8_t>& png, std::string& reason) {
     if (picture.SoundPng) {
         png = picture.Bytes;
         return true;
     }
     DecodedPicture decoded;
-    if (DecodePicture(picture.Bytes, OwnChannels, decoded)) {
+    if (const auto fault = DecodePicture(picture.Bytes, OwnChannels, decoded)) {
+        reason = FaultWords(*fault, Formats);
         return false;
     }
     const size_t size = size_t{decoded.Width} * decoded.Height * decoded.Channels;
-    png = EncodePng({decoded.Pixels.get(), size}, decoded.Width, decoded.Height, decoded.Channels);
+    png =
+        EncodePng({decoded.Pixels.get(), size}, decoded.Width, decoded.Height, decoded.Channels, reason);
     return !png.empty();
 }
 
-bool MakePicture(uint32_t width, uint32_t height, std::span<const uint8_t> texels,
-                 ModelPicture& picture) {
+bool MakePicture(uint32_t width, uint32_t height, std::span<const uint8_t> texels, ModelPicture& picture,
+                 std::string& reason) {
     constexpr uint32_t channels = 4;
     if (width == 0 || height == 0 || !HasAllowedSize(width, height) ||
         texels.size() != size_t{width} * height * channels) {
+        reason = "is empty or too large";
         return false;
     }
     picture.Width = width;
     picture.Height = height;
     picture.SoundPng = true;
-    picture.Bytes = EncodePng(texels, width, height, channels);
+    picture.Bytes = EncodePng(texels, width, height, channels, reason);
     return !picture.Bytes.empty();
 }

@@ -4,9 +4,22 @@
 #include "platform/Files.h"
 #include "platform/Text.h"
 
+#include <cstdio>
+
 ProviderState& State() {
     static ProviderState state;
     return state;
+}
+
+void ReportLine(std::string_view path, std::string_view text) {
+    std::string line = std::string(path) + ": " + std::string(text);
+    for (char& c : line) {
+        if (static_cast<unsigned char>(c) < ' ') {
+            c = ' ';
+        }
+    }
+    line += '\n';
+    std::fputs(line.c_str(), stderr);
 }
 
 int32_t FillString(StringHandle* string, const std::u16string& text) {
@@ -27,7 +40,11 @@ int32_t WritePicture(const ModelPicture& picture, const char* path) {
     }
     return WithoutExceptions([&] {
         std::vector<uint8_t> png;
-        return EncodePng(picture, png) && WriteWholeFile(Utf16FromUtf8(path), png) == 0 ? Success
-                                                                                        : Failure;
+        std::string reason;
+        if (!EncodePng(picture, png, reason)) {
+            ReportLine(path, "the picture " + reason);
+            return Failure;
+        }
+        return WriteWholeFile(Utf16FromUtf8(path), png) == 0 ? Success : Failure;
     });
 }

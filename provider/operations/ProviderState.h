@@ -207,5 +207,9 @@ template <class Handle> int32_t WriteHandles(HandleKind kind, IndexRange range, 
 // Sets a caller's string.
 int32_t FillString(StringHandle* string, const std::u16string& text);
 
-// Writes a picture as PNG to a path in UTF-8.
+// Prints one line on standard error: the path, a colon, and the text, whose control characters become
+// blanks.
+void ReportLine(std::string_view path, std::string_view text);
+
+// Writes a picture as PNG to a path in UTF-8. Reports a picture that can't be encoded.
 int32_t WritePicture(const ModelPicture& picture, const char* path);

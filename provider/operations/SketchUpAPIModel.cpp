@@ -4,21 +4,7 @@
 
 #include "platform/Text.h"
 
-#include <cstdio>
-
 namespace {
-
-// One line on standard error: control characters become blanks.
-void ReportLine(std::string_view path, std::string_view text) {
-    std::string line = std::string(path) + ": " + std::string(text);
-    for (char& c : line) {
-        if (static_cast<unsigned char>(c) < ' ') {
-            c = ' ';
-        }
-    }
-    line += '\n';
-    std::fputs(line.c_str(), stderr);
-}
 
 const Model* FindModel(ModelHandle model) {
     HandleParts parts;

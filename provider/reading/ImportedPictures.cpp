@@ -47,7 +47,8 @@ uint32_t TakePictureBytes(ImportedPictures& pictures, Model& model, const std::u
         return found->second;
     }
     ModelPicture picture;
-    if (const char* reason = LoadPicture(std::move(bytes), picture)) {
+    std::string reason;
+    if (!LoadPicture(std::move(bytes), picture, reason)) {
         return RefusePicture(pictures, model, key, name, reason);
     }
     return KeepPicture(pictures, model, key, name, std::move(picture));
@@ -78,8 +79,9 @@ uint32_t TakeTexels(ImportedPictures& pictures, Model& model, const std::u16stri
         return found->second;
     }
     ModelPicture picture;
-    if (!MakePicture(width, height, texels, picture)) {
-        return RefusePicture(pictures, model, key, name, "is empty or too large");
+    std::string reason;
+    if (!MakePicture(width, height, texels, picture, reason)) {
+        return RefusePicture(pictures, model, key, name, reason);
     }
     return KeepPicture(pictures, model, key, name, std::move(picture));
 }
