@@ -22,7 +22,8 @@ install_packages() {
 build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libglu1-mesa-dev libtinygltf-dev libassimp-dev)
 test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel python3 rsync strace)
 bench_packages=(libbenchmark-dev libmeshoptimizer-dev gltfpack assimp-utils)
-windows_packages=(g++-mingw-w64-x86-64-posix)
+windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev libdraco-dev
+    libmeshoptimizer-dev libjpeg62-turbo-dev libspng-dev libwebp-dev)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
 
