@@ -6,9 +6,10 @@ cd "$root"
 
 # Installs the named Debian packages that are missing. Needs root only for that.
 install_packages() {
-    local package missing=()
+    local package installed missing=()
+    installed=$(dpkg-query -W -f '<${Package} ${db:Status-Status}>' "$@" 2>/dev/null || true)
     for package in "$@"; do
-        if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)" != installed ]; then
+        if [[ $installed != *"<$package installed>"* ]]; then
             missing+=("$package")
         fi
     done
