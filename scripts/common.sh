@@ -6,9 +6,10 @@ cd "$root"
 
 # Installs the named Debian packages that are missing. Needs root only for that.
 install_packages() {
-    local package missing=()
+    local package installed missing=()
+    installed=$(dpkg-query -W -f '<${Package} ${db:Status-Status}>' "$@" 2>/dev/null || true)
     for package in "$@"; do
-        if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)" != installed ]; then
+        if [[ $installed != *"<$package installed>"* ]]; then
             missing+=("$package")
         fi
     done
@@ -22,7 +23,8 @@ install_packages() {
 build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libjpeg62-turbo-dev libspng-dev libwebp-dev zlib1g-dev libglu1-mesa-dev libtinygltf-dev libassimp-dev)
 test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel python3 rsync strace)
 bench_packages=(libbenchmark-dev libmeshoptimizer-dev gltfpack assimp-utils)
-windows_packages=(g++-mingw-w64-x86-64-posix)
+windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev libdraco-dev
+    libmeshoptimizer-dev libjpeg62-turbo-dev libspng-dev libwebp-dev)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
 
