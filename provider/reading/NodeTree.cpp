@@ -10,6 +10,12 @@ namespace {
 constexpr std::array<size_t, 4> OldAxis = {0, 2, 1, 3};
 constexpr std::array<double, 4> OldSign = {1.0, -1.0, 1.0, 1.0};
 
+bool FailAt(const ImportedTree& tree, uint32_t node, const std::string& reason, std::string& error) {
+    const bool isNamed = node >= tree.FirstNamed;
+    error = (isNamed ? "nodes[" + std::to_string(node - tree.FirstNamed) + "]: " : "") + reason;
+    return false;
+}
+
 // The nodes level by level from the root.
 bool OrderNodes(const ImportedTree& tree, std::vector<uint32_t>& order, std::string& error) {
     std::vector<bool> seen(tree.Nodes.size());
@@ -22,14 +28,16 @@ bool OrderNodes(const ImportedTree& tree, std::vector<uint32_t>& order, std::str
             levelEnd = order.size();
             // One level is reserved for the instance of a shared mesh.
             if (++level > DeepestNesting - 1) {
-                error = "nodes are nested deeper than " + std::to_string(DeepestNesting - 1) + " levels";
-                return false;
+                return FailAt(tree, order[i],
+                              "nodes are nested deeper than " + std::to_string(DeepestNesting - 1) +
+                                  " levels",
+                              error);
             }
         }
         for (const uint32_t child : tree.Nodes[order[i]].Children) {
             if (child >= tree.Nodes.size() || seen[child]) {
-                error = "a node contains itself or occurs twice in the tree";
-                return false;
+                return FailAt(tree, child, "the node contains itself or occurs twice in the tree",
+                              error);
             }
             seen[child] = true;
             order.push_back(child);
@@ -45,6 +53,30 @@ struct Placing {
     std::vector<uint32_t> Definitions; // of each mesh that is used more than once
     std::vector<bool> HasMesh;         // of each node, itself or below it
 };
+
+// Counts how often each mesh is used and which nodes have one, and reserves memory for what they become.
+void CountUses(Placing& placing, const std::vector<uint32_t>& order) {
+    for (size_t i = order.size(); i-- > 0;) {
+        const ImportedNode& node = placing.Tree.Nodes[order[i]];
+        for (const uint32_t mesh : node.Meshes) {
+            ++placing.Uses[mesh];
+        }
+        placing.HasMesh[order[i]] =
+            !node.Meshes.empty() ||
+            std::ranges::any_of(node.Children, [&](uint32_t child) { return placing.HasMesh[child]; });
+    }
+    size_t instances = 0;
+    size_t definitions = 0;
+    for (const uint32_t uses : placing.Uses) {
+        instances += uses > 1 ? uses : 0;
+        definitions += uses > 1 ? 1 : 0;
+    }
+    const auto groups = static_cast<size_t>(std::ranges::count(placing.HasMesh, true));
+    placing.Output.Groups.reserve(groups);
+    placing.Output.Instances.reserve(instances);
+    placing.Output.Definitions.reserve(definitions);
+    placing.Output.Entities.reserve(1 + groups + definitions);
+}
 
 bool AddFacesTo(Placing& placing, uint32_t list, std::span<const uint32_t> meshes) {
     const auto first = static_cast<uint32_t>(placing.Output.Faces.size());
@@ -136,15 +168,7 @@ bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error) {
     const size_t meshCount = tree.MeshNames.size();
     Placing placing = {tree, model, std::vector<uint32_t>(meshCount),
                        std::vector<uint32_t>(meshCount, NoIndex), std::vector<bool>(tree.Nodes.size())};
-    for (size_t i = order.size(); i-- > 0;) {
-        const ImportedNode& node = tree.Nodes[order[i]];
-        for (const uint32_t mesh : node.Meshes) {
-            ++placing.Uses[mesh];
-        }
-        placing.HasMesh[order[i]] =
-            !node.Meshes.empty() ||
-            std::ranges::any_of(node.Children, [&](uint32_t child) { return placing.HasMesh[child]; });
-    }
+    CountUses(placing, order);
     std::vector<std::pair<uint32_t, uint32_t>> waiting = {{0, 0}};
     for (size_t i = 0; i < waiting.size(); ++i) {
         const auto [list, node] = waiting[i];

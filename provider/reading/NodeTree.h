@@ -25,6 +25,7 @@ struct ImportedNode {
 struct ImportedTree {
     std::vector<ImportedNode> Nodes; // the first is the model itself; its placement and name
                                      // are not used
+    uint32_t FirstNamed = 0;         // the node that messages call nodes[0]; they name those from it on
     std::vector<std::u16string> MeshNames;
     // Appends a mesh's faces to the model. Called once per mesh; false ends the placing.
     std::function<bool(uint32_t mesh)> AddFaces;

@@ -122,7 +122,7 @@ TEST(ProviderModels, LimitNesting) {
         nodes["nodes"][i - 1] = {{"children", {i}}};
     }
     EXPECT_FALSE(OpensText("model.gltf", nodes.dump(), error));
-    EXPECT_EQ(error, "nodes are nested deeper than 511 levels");
+    EXPECT_EQ(error, "nodes[511]: nodes are nested deeper than 511 levels");
 }
 
 #ifdef ORVANE_ASSIMP
