@@ -1,49 +1,14 @@
 // Converts primitives to faces: separate triangles, with the vertices that they use.
 #include "provider/gltf/GltfPrimitives.h"
 
-#include "provider/gltf/data/GltfElements.h"
+#include "provider/gltf/PrimitiveData.h"
 #include "provider/reading/FaceBuilder.h"
 #include "provider/reading/NodeTree.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace {
-
-// One primitive, and where the messages place it.
-struct PrimitiveSource {
-    PrimitiveReading& Reading;
-    const GltfPrimitive& Primitive;
-    uint32_t Mesh;
-    size_t Number;
-};
-
-// member is a member of the primitive, such as "indices".
-bool Fail(const PrimitiveSource& source, const std::string& member, const std::string& reason) {
-    source.Reading.Error = PlaceIn("meshes", source.Mesh) + "." + PlaceIn("primitives", source.Number) +
-                           (member.empty() ? "" : ".") + member + ": " + reason;
-    return false;
-}
-
-// Converts strips and fans to separate triangles, in indices.
-void SeparateTriangles(GltfMode mode, std::vector<uint32_t>& indices) {
-    if (mode == GltfMode::Triangles || indices.size() < 3) {
-        indices.resize(indices.size() / 3 * 3);
-        return;
-    }
-    std::vector<uint32_t> separate;
-    separate.reserve((indices.size() - 2) * 3);
-    for (size_t i = 2; i < indices.size(); ++i) {
-        const bool isFan = mode == GltfMode::Fan;
-        // Every second triangle of a strip turns the other way.
-        const size_t odd = isFan ? 0 : i % 2;
-        separate.push_back(isFan ? indices[0] : indices[i - 2 + odd]);
-        separate.push_back(indices[i - 1 - odd]);
-        separate.push_back(indices[i]);
-    }
-    indices.swap(separate);
-}
 
 bool IsFinite(Point3 point) {
     return std::isfinite(point.X) && std::isfinite(point.Y) && std::isfinite(point.Z);
@@ -66,108 +31,9 @@ void DropNonFiniteTriangles(FaceGeometry& geometry) {
     geometry.Indices.resize(kept);
 }
 
-std::string NameOf(const GltfAttribute& attribute) {
-    switch (attribute.Semantic) {
-    case GltfSemantic::Position:
-        return "attributes.POSITION";
-    case GltfSemantic::Normal:
-        return "attributes.NORMAL";
-    default:
-        return "attributes.TEXCOORD_" + std::to_string(attribute.Set);
-    }
-}
-
-// An explanation for an accessor without data, if an extension that is not supported can have it.
-std::string MissingData(const PrimitiveSource& source, uint32_t accessor) {
-    const GltfRecords& records = source.Reading.Document.Records;
-    uint32_t extension = source.Primitive.Extension;
-    if (accessor < records.Accessors.size()) {
-        const GltfAccessor& record = records.Accessors[accessor];
-        const bool hasView = record.View < records.BufferViews.size();
-        if (hasView || record.Sparse != NoIndex) {
-            extension = hasView ? records.BufferViews[record.View].Extension : NoIndex;
-        } else if (record.Extension != NoIndex) {
-            extension = record.Extension;
-        }
-    }
-    return extension == NoIndex ? std::string()
-                                : "the data is only in the glTF extension \"" +
-                                      records.Extensions[extension] + "\", which is not supported";
-}
-
-bool FindData(const PrimitiveSource& source, const std::string& member, uint32_t accessor,
-              GltfElements& elements) {
-    std::string reason;
-    const bool isFound = FindElements(source.Reading.Document, accessor, elements, reason);
-    if (isFound && HasData(elements)) {
-        return true;
-    }
-    const std::string missing = MissingData(source, accessor);
-    if (isFound && missing.empty()) {
-        return true; // all are zero
-    }
-    return Fail(source, member, missing.empty() ? reason : missing);
-}
-
-// Reads an attribute. Without it there are no points.
-bool ReadAttribute(const PrimitiveSource& source, GltfSemantic semantic, uint32_t set, IndexRange range,
-                   std::vector<Point3>& points) {
-    const GltfAttribute* attribute = FindAttribute(source.Primitive, semantic, set);
-    if (attribute == nullptr) {
-        return true;
-    }
-    GltfElements elements;
-    if (!FindData(source, NameOf(*attribute), attribute->Accessor, elements)) {
-        return false;
-    }
-    const char* reason = ReadPoints(elements, range, points);
-    return reason == nullptr || Fail(source, NameOf(*attribute), reason);
-}
-
-// Reads the triangles of a primitive and the range of vertices that they use. Indices count from the
-// first of the range.
-bool ReadTriangles(const PrimitiveSource& source, std::vector<uint32_t>& indices, IndexRange& range) {
-    const GltfPrimitive& primitive = source.Primitive;
-    const GltfAttribute& positions = *FindAttribute(primitive, GltfSemantic::Position);
-    GltfElements elements;
-    if (!FindData(source, NameOf(positions), positions.Accessor, elements)) {
-        return false;
-    }
-    const size_t vertices = elements.Base.Count;
-    if (vertices >= NoIndex) {
-        return Fail(source, NameOf(positions), "there are too many vertices");
-    }
-    if (primitive.Indices == NoIndex) {
-        indices.resize(vertices);
-        std::iota(indices.begin(), indices.end(), 0U);
-    } else {
-        if (!FindData(source, "indices", primitive.Indices, elements)) {
-            return false;
-        }
-        const char* reason = HasData(elements) ? ReadIndices(elements, indices) : "the data is missing";
-        if (reason != nullptr) {
-            return Fail(source, "indices", reason);
-        }
-    }
-    SeparateTriangles(primitive.Mode, indices);
-    if (indices.empty()) {
-        return true;
-    }
-    const auto [least, most] = std::ranges::minmax(indices);
-    if (most >= vertices) {
-        return Fail(source, "indices", "an index is not below the number of vertices");
-    }
-    range = {least, most - least + 1};
-    if (least > 0) {
-        for (uint32_t& index : indices) {
-            index -= range.First;
-        }
-    }
-    return true;
-}
-
-bool ReadNormals(const PrimitiveSource& source, IndexRange range, std::vector<Point3>& normals) {
-    if (!ReadAttribute(source, GltfSemantic::Normal, 0, range, normals)) {
+bool ReadNormals(const PrimitiveSource& source, IndexRange range, std::vector<Point3>& normals,
+                 std::string& error) {
+    if (!ReadAttribute(source, GltfSemantic::Normal, 0, range, normals, error)) {
         return false;
     }
     for (Point3& normal : normals) {
@@ -180,8 +46,9 @@ bool ReadNormals(const PrimitiveSource& source, IndexRange range, std::vector<Po
 }
 
 bool ReadCoordinates(const PrimitiveSource& source, const GltfSurface& surface, IndexRange range,
-                     std::vector<Point3>& coordinates) {
-    if (!ReadAttribute(source, GltfSemantic::Coordinates, surface.CoordinateSet, range, coordinates)) {
+                     std::vector<Point3>& coordinates, std::string& error) {
+    if (!ReadAttribute(source, GltfSemantic::Coordinates, surface.CoordinateSet, range, coordinates,
+                       error)) {
         return false;
     }
     for (Point3& point : coordinates) {
@@ -193,8 +60,9 @@ bool ReadCoordinates(const PrimitiveSource& source, const GltfSurface& surface, 
     return true;
 }
 
-bool ReadPositions(const PrimitiveSource& source, IndexRange range, std::vector<Point3>& positions) {
-    if (!ReadAttribute(source, GltfSemantic::Position, 0, range, positions)) {
+bool ReadPositions(const PrimitiveSource& source, IndexRange range, std::vector<Point3>& positions,
+                   std::string& error) {
+    if (!ReadAttribute(source, GltfSemantic::Position, 0, range, positions, error)) {
         return false;
     }
     for (Point3& position : positions) {
@@ -203,29 +71,25 @@ bool ReadPositions(const PrimitiveSource& source, IndexRange range, std::vector<
     return true;
 }
 
-bool AddPrimitive(const PrimitiveSource& source) {
+bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source) {
     const GltfPrimitive& primitive = source.Primitive;
-    const std::vector<GltfSurface>& surfaces = source.Reading.Surfaces;
-    Model& model = source.Reading.Output;
-    if (!HasTriangles(primitive)) {
-        return true;
+    const bool hasMaterial = primitive.Material != NoIndex;
+    if (hasMaterial && primitive.Material >= reading.Surfaces.size()) {
+        return FailIn(source, "material", "the material does not exist", reading.Error);
     }
-    if (primitive.Material != NoIndex && primitive.Material >= surfaces.size()) {
-        return Fail(source, "material", "the material does not exist");
-    }
+    const GltfSurface surface = hasMaterial ? reading.Surfaces[primitive.Material] : GltfSurface();
     FaceGeometry geometry;
     IndexRange range;
-    if (!ReadTriangles(source, geometry.Indices, range)) {
+    if (!FindCompressedMesh(source, reading.Error) ||
+        !ReadTriangles(source, geometry.Indices, range, reading.Error)) {
         return false;
     }
     if (geometry.Indices.empty()) {
         return true;
     }
-    if (!ReadPositions(source, range, geometry.Positions) ||
-        !ReadNormals(source, range, geometry.Normals) ||
-        !ReadCoordinates(source,
-                         primitive.Material != NoIndex ? surfaces[primitive.Material] : GltfSurface(),
-                         range, geometry.FrontCoordinates)) {
+    if (!ReadPositions(source, range, geometry.Positions, reading.Error) ||
+        !ReadNormals(source, range, geometry.Normals, reading.Error) ||
+        !ReadCoordinates(source, surface, range, geometry.FrontCoordinates, reading.Error)) {
         return false;
     }
     DropNonFiniteTriangles(geometry);
@@ -236,9 +100,9 @@ bool AddPrimitive(const PrimitiveSource& source) {
     if (geometry.Normals.empty()) {
         MakeFlatNormals(geometry);
     }
-    const size_t firstFace = model.Faces.size();
-    AddTriangulation(model, geometry);
-    CoverBothSides(model, firstFace, primitive.Material);
+    const size_t firstFace = reading.Output.Faces.size();
+    AddTriangulation(reading.Output, geometry);
+    CoverBothSides(reading.Output, firstFace, primitive.Material);
     return true;
 }
 
@@ -247,7 +111,9 @@ bool AddPrimitive(const PrimitiveSource& source) {
 bool AddMeshFaces(PrimitiveReading& reading, uint32_t mesh) {
     const std::vector<GltfPrimitive>& primitives = reading.Document.Records.Meshes[mesh].Primitives;
     for (size_t i = 0; i < primitives.size(); ++i) {
-        if (!AddPrimitive({reading, primitives[i], mesh, i})) {
+        PrimitiveSource source = {reading.Document, primitives[i],
+                                  PlaceIn("meshes", mesh) + "." + PlaceIn("primitives", i)};
+        if (HasTriangles(primitives[i]) && !AddPrimitive(reading, source)) {
             return false;
         }
     }
@@ -263,9 +129,11 @@ void ReserveFaces(GltfDocument& document, Model& model) {
             GltfElements vertices;
             GltfElements corners;
             std::string ignored;
+            const GltfAttribute* attribute = FindAttribute(primitive, GltfSemantic::Position);
+            // Without data, the count can be anything.
             if (!HasTriangles(primitive) ||
-                !FindElements(document, FindAttribute(primitive, GltfSemantic::Position)->Accessor,
-                              vertices, ignored)) {
+                !FindElements(document, attribute->Accessor, vertices, ignored) ||
+                (primitive.DracoView != NoIndex && !HasData(vertices))) {
                 continue;
             }
             if (!FindElements(document, primitive.Indices, corners, ignored)) {

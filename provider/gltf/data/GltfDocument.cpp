@@ -4,10 +4,16 @@
 
 #include "platform/Files.h"
 #include "platform/Text.h"
+#include "provider/gltf/compression/Meshopt.h"
 #include "provider/gltf/data/Uri.h"
 #include "provider/gltf/records/GltfExtensions.h"
 #include "provider/gltf/records/GltfFields.h"
 #include "provider/gltf/records/ReadRecords.h"
+
+// Draco meshes may have this many triangles per byte. A flat grid takes a fourteenth of a byte for each
+// with the best settings; strips take less, so every document may exceed the limit by some triangles.
+constexpr uint64_t TrianglesPerByte = 32;
+constexpr uint64_t MostSpareTriangles = 65536;
 
 namespace {
 
@@ -38,13 +44,64 @@ bool ReadBuffers(const GltfParts& parts, const JsonTape& json, const std::u16str
     return true;
 }
 
+bool FindRange(const GltfDocument& document, uint32_t buffer, uint64_t offset, uint64_t length,
+               std::span<const uint8_t>& bytes) {
+    if (buffer >= document.Buffers.size()) {
+        return false;
+    }
+    const std::span<const uint8_t> whole = document.Buffers[buffer];
+    if (offset > whole.size() || length > whole.size() - offset) {
+        return false;
+    }
+    bytes = whole.subspan(offset, length);
+    return true;
+}
+
+// Takes bytes to decode from those that are left.
+bool TakeCompressed(GltfDocument& document, std::span<const uint8_t> bytes, std::string& reason) {
+    if (bytes.size() > document.CompressedLeft) {
+        reason = "overlaps other compressed data";
+        return false;
+    }
+    document.CompressedLeft -= bytes.size();
+    return true;
+}
+
+bool DecodeView(GltfDocument& document, uint32_t index, std::span<const uint8_t>& bytes,
+                std::string& reason) {
+    auto found = document.MeshoptViews.find(index);
+    if (found == document.MeshoptViews.end()) {
+        const GltfMeshopt& stream =
+            document.Records.Meshopt[document.Records.BufferViews[index].Meshopt];
+        std::span<const uint8_t> compressed;
+        std::vector<uint8_t> elements;
+        reason = "is outside its buffer";
+        if (!FindRange(document, stream.Buffer, stream.Offset, stream.Length, compressed) ||
+            !TakeCompressed(document, compressed, reason) ||
+            !DecodeMeshopt(compressed, stream, elements, reason)) {
+            reason = "the " + std::string(MeshoptExtension) + " stream of " +
+                     PlaceIn("bufferViews", index) + " " + reason;
+            return false;
+        }
+        found = document.MeshoptViews.emplace(index, std::move(elements)).first;
+    }
+    bytes = found->second;
+    return true;
+}
+
 } // namespace
 
 bool ReadGltfDocument(const GltfParts& parts, const JsonTape& json, const std::u16string& directory,
                       GltfDocument& document, std::string& error) {
-    return CheckRequiredExtensions(json, error) &&
-           ReadBuffers(parts, json, directory, document, error) &&
-           ReadGltfRecords(json, document.Records, error);
+    if (!CheckRequiredExtensions(json, error) || !ReadBuffers(parts, json, directory, document, error) ||
+        !ReadGltfRecords(json, document.Records, error)) {
+        return false;
+    }
+    for (const std::span<const uint8_t> buffer : document.Buffers) {
+        document.CompressedLeft += buffer.size();
+    }
+    document.SpareTriangles = MostSpareTriangles;
+    return true;
 }
 
 bool FindBufferView(GltfDocument& document, uint32_t index, std::span<const uint8_t>& bytes,
@@ -54,13 +111,31 @@ bool FindBufferView(GltfDocument& document, uint32_t index, std::span<const uint
         return false;
     }
     const GltfBufferView& view = document.Records.BufferViews[index];
-    const std::span<const uint8_t> buffer = view.Buffer < document.Buffers.size()
-                                                ? document.Buffers[view.Buffer]
-                                                : std::span<const uint8_t>();
-    if (view.Offset > buffer.size() || view.Length > buffer.size() - view.Offset) {
-        reason = PlaceIn("bufferViews", index) + " is outside its buffer";
-        return false;
+    const bool isPlain = FindRange(document, view.Buffer, view.Offset, view.Length, bytes);
+    if (view.Meshopt != NoIndex && (!isPlain || bytes.empty())) {
+        return DecodeView(document, index, bytes, reason);
     }
-    bytes = buffer.subspan(view.Offset, view.Length);
-    return true;
+    reason = PlaceIn("bufferViews", index) + " is outside its buffer";
+    return isPlain;
+}
+
+const DracoMesh* FindDracoMesh(GltfDocument& document, uint32_t view, std::string& reason) {
+    const auto found = document.DracoMeshes.find(view);
+    if (found != document.DracoMeshes.end()) {
+        return &found->second;
+    }
+    std::span<const uint8_t> compressed;
+    if (!FindBufferView(document, view, compressed, reason)) {
+        return nullptr;
+    }
+    DracoMesh mesh;
+    const uint64_t allowed = compressed.size() * TrianglesPerByte;
+    if (!TakeCompressed(document, compressed, reason) ||
+        !DecodeDraco(compressed, allowed + document.SpareTriangles, mesh, reason)) {
+        reason = "the data of " + PlaceIn("bufferViews", view) + " " + reason;
+        return nullptr;
+    }
+    const uint64_t triangles = mesh.Indices.size() / 3;
+    document.SpareTriangles -= triangles > allowed ? triangles - allowed : 0;
+    return &document.DracoMeshes.emplace(view, std::move(mesh)).first->second;
 }

@@ -7,10 +7,10 @@
 #include <array>
 
 // Names that end in an underscore are prefixes. Some of these extensions have no effect here.
-constexpr std::array<std::string_view, 9> KnownExtensions = {
-    "KHR_texture_transform", "KHR_mesh_quantization", "KHR_materials_",
-    "KHR_technique_webgl",   "KHR_techniques_webgl",  "KHR_lights_punctual",
-    "KHR_texture_basisu",    "EXT_texture_webp",      "MSFT_texture_dds"};
+constexpr std::array<std::string_view, 11> KnownExtensions = {
+    DracoExtension,       MeshoptExtension,      "KHR_texture_transform", "KHR_mesh_quantization",
+    "KHR_materials_",     "KHR_technique_webgl", "KHR_techniques_webgl",  "KHR_lights_punctual",
+    "KHR_texture_basisu", "EXT_texture_webp",    "MSFT_texture_dds"};
 
 bool IsKnownExtension(std::string_view name) {
     return std::ranges::any_of(KnownExtensions, [&](std::string_view known) {

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+constexpr std::string_view DracoExtension = "KHR_draco_mesh_compression";
+constexpr std::string_view MeshoptExtension = "EXT_meshopt_compression";
+
 // Whether a file may require the extension.
 bool IsKnownExtension(std::string_view name);
 

@@ -9,11 +9,27 @@
 #include <string_view>
 #include <vector>
 
-struct GltfBufferView {
+// How EXT_meshopt_compression names the codings of its streams. Unknown: one that later versions add.
+enum class MeshoptMode : uint8_t { Unknown, Attributes, Triangles, Indices };
+enum class MeshoptFilter : uint8_t { Unknown, None, Octahedral, Quaternion, Exponential };
+
+// A compressed stream of elements of a buffer view.
+struct GltfMeshopt {
     uint32_t Buffer = NoIndex;
-    uint32_t Stride = 0; // bytes; 0: elements follow each other
     uint64_t Offset = 0; // bytes
     uint64_t Length = 0; // bytes
+    uint64_t Count = 0;
+    uint64_t Stride = 0; // bytes of an element
+    MeshoptMode Mode = MeshoptMode::Unknown;
+    MeshoptFilter Filter = MeshoptFilter::None;
+};
+
+struct GltfBufferView {
+    uint32_t Buffer = NoIndex;
+    uint32_t Stride = 0;        // bytes; 0: elements follow each other
+    uint64_t Offset = 0;        // bytes
+    uint64_t Length = 0;        // bytes
+    uint32_t Meshopt = NoIndex; // in GltfRecords::Meshopt
     uint32_t Extension = NoIndex;
 };
 
@@ -55,6 +71,7 @@ struct GltfAttribute {
     GltfSemantic Semantic = GltfSemantic::Other;
     uint32_t Set = 0; // n of TEXCOORD_n
     uint32_t Accessor = NoIndex;
+    uint32_t DracoId = NoIndex; // of the attribute in the primitive's compressed mesh
 };
 
 enum class GltfMode : uint8_t { Other, Triangles, Strip, Fan };
@@ -63,6 +80,7 @@ struct GltfPrimitive {
     std::vector<GltfAttribute> Attributes;
     uint32_t Indices = NoIndex;
     uint32_t Material = NoIndex;
+    uint32_t DracoView = NoIndex; // the buffer view of the compressed mesh
     uint32_t Extension = NoIndex;
     GltfMode Mode = GltfMode::Other;
 };
@@ -79,6 +97,7 @@ struct GltfTexture {
 
 struct GltfRecords {
     std::vector<GltfBufferView> BufferViews;
+    std::vector<GltfMeshopt> Meshopt;
     std::vector<GltfSparse> Sparse;
     std::vector<GltfAccessor> Accessors;
     std::vector<GltfMesh> Meshes;

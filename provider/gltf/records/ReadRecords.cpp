@@ -10,6 +10,11 @@
 #include <charconv>
 #include <cmath>
 
+// In the order of their enumerations, from the first known one on.
+constexpr std::array<std::string_view, 3> MeshoptModes = {"ATTRIBUTES", "TRIANGLES", "INDICES"};
+constexpr std::array<std::string_view, 4> MeshoptFilters = {"NONE", "OCTAHEDRAL", "QUATERNION",
+                                                            "EXPONENTIAL"};
+
 constexpr uint64_t LargestStride = 252; // bytes
 constexpr double TrianglesMode = 4;     // also the default
 constexpr double StripMode = 5;
@@ -79,6 +84,32 @@ template <class Read> bool ReadEach(RecordReading& reading, std::string_view key
     return true;
 }
 
+// The number of a name in an enumeration whose first value is for unknown names.
+uint8_t NumberOfName(std::span<const std::string_view> names, std::string_view name) {
+    const auto found = std::ranges::find(names, name);
+    return found != names.end() ? static_cast<uint8_t>(1 + (found - names.begin())) : uint8_t{0};
+}
+
+// Returns the index of the stream, or NoIndex if the buffer view has none.
+uint32_t ReadMeshopt(RecordReading& reading, uint32_t object) {
+    const JsonTape& json = reading.Json;
+    const uint32_t extension = ExtensionOf(json, object, MeshoptExtension);
+    if (extension == 0) {
+        return NoIndex;
+    }
+    GltfMeshopt stream;
+    stream.Buffer = IndexOf(reading, extension, "buffer");
+    ReadSize(json, extension, "byteOffset", stream.Offset);
+    ReadSize(json, extension, "byteLength", stream.Length);
+    ReadSize(json, extension, "byteStride", stream.Stride);
+    ReadSize(json, extension, "count", stream.Count);
+    stream.Mode = MeshoptMode(NumberOfName(MeshoptModes, TextMember(json, extension, "mode")));
+    const std::string_view filter = TextMember(json, extension, "filter");
+    stream.Filter = MeshoptFilter(NumberOfName(MeshoptFilters, filter.empty() ? "NONE" : filter));
+    reading.Output.Meshopt.push_back(stream);
+    return static_cast<uint32_t>(reading.Output.Meshopt.size() - 1);
+}
+
 bool ReadBufferView(RecordReading& reading, uint32_t object) {
     GltfBufferView view;
     uint64_t stride = 0;
@@ -95,6 +126,7 @@ bool ReadBufferView(RecordReading& reading, uint32_t object) {
                     "this must be a multiple of 4 up to 252");
     }
     view.Stride = static_cast<uint32_t>(stride);
+    view.Meshopt = ReadMeshopt(reading, object);
     view.Extension = UnknownOf(reading, object);
     reading.Output.BufferViews.push_back(view);
     return true;
@@ -187,8 +219,9 @@ void ReadSemantic(std::string_view name, GltfAttribute& attribute) {
 }
 
 // The attributes that are used here. Returns none if one of all attributes isn't a number: such
-// primitives are ignored.
-std::vector<GltfAttribute> ReadAttributes(const JsonTape& json, uint32_t object) {
+// primitives are ignored. dracoIds is the object with the same names and the ids of the compressed mesh,
+// or 0.
+std::vector<GltfAttribute> ReadAttributes(const JsonTape& json, uint32_t object, uint32_t dracoIds) {
     std::vector<GltfAttribute> attributes;
     for (uint32_t i = object + 1; object != 0 && i < json.Values[object].Next; i = json.Values[i].Next) {
         if (KindOf(json, i) != JsonKind::Number) {
@@ -196,6 +229,7 @@ std::vector<GltfAttribute> ReadAttributes(const JsonTape& json, uint32_t object)
         }
         GltfAttribute attribute;
         attribute.Accessor = IndexIn(json, i);
+        attribute.DracoId = IndexMember(json, dracoIds, KeyOf(json, i));
         ReadSemantic(KeyOf(json, i), attribute);
         if (attribute.Semantic != GltfSemantic::Other) {
             attributes.push_back(attribute);
@@ -221,7 +255,10 @@ bool ReadMesh(RecordReading& reading, uint32_t object) {
     mesh.Name = Utf16FromUtf8(TextMember(json, object, "name"));
     for (const uint32_t element : ElementsOf(json, ArrayMember(json, object, "primitives"))) {
         GltfPrimitive& primitive = mesh.Primitives.emplace_back();
-        primitive.Attributes = ReadAttributes(json, ObjectMember(json, element, "attributes"));
+        const uint32_t draco = ExtensionOf(json, element, DracoExtension);
+        primitive.DracoView = IndexOf(reading, draco, "bufferView");
+        primitive.Attributes = ReadAttributes(json, ObjectMember(json, element, "attributes"),
+                                              ObjectMember(json, draco, "attributes"));
         primitive.Indices = IndexOf(reading, element, "indices");
         primitive.Material = IndexOf(reading, element, "material");
         primitive.Mode = ReadMode(json, element);
