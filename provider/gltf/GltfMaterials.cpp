@@ -42,6 +42,7 @@ struct MaterialReading {
     Model& Output;
     std::vector<uint32_t> Images;
     ImportedPictures Pictures;
+    std::vector<bool> LacksPicture; // textures with a picture only in an extension that can't be read
 };
 
 uint32_t ReadPicture(MaterialReading& reading, uint32_t index) {
@@ -83,6 +84,10 @@ void ReadTexture(MaterialReading& reading, uint32_t info, ModelMaterial& materia
     }
     const std::vector<GltfTexture>& textures = reading.Document.Records.Textures;
     const uint32_t image = texture < textures.size() ? textures[texture].Image : NoIndex;
+    if (image == NoIndex && texture < textures.size() && textures[texture].Extension != NoIndex) {
+        reading.LacksPicture[texture] = true;
+        return;
+    }
     if (image >= reading.Images.size()) {
         reading.Output.Remarks.push_back("the texture of the material \"" +
                                          Utf8FromUtf16(material.Name) + "\" has no usable picture");
@@ -118,11 +123,30 @@ void ReadMaterial(MaterialReading& reading, uint32_t source, ModelMaterial& mate
                 material, surface);
 }
 
+// One line for each extension with pictures that can't be read.
+void RemarkLackingPictures(const MaterialReading& reading) {
+    const GltfRecords& records = reading.Document.Records;
+    for (uint32_t name = 0; name < records.Extensions.size(); ++name) {
+        size_t count = 0;
+        for (size_t i = 0; i < records.Textures.size(); ++i) {
+            count += reading.LacksPicture[i] && records.Textures[i].Extension == name ? 1 : 0;
+        }
+        if (count > 0) {
+            reading.Output.Remarks.push_back(std::to_string(count) +
+                                             (count == 1 ? " texture has its" : " textures have their") +
+                                             " picture only in the glTF extension \"" +
+                                             records.Extensions[name] + "\", which is not supported");
+        }
+    }
+}
+
 } // namespace
 
 bool ReadGltfMaterials(GltfDocument& document, const JsonTape& json, const std::u16string& directory,
                        Model& model, std::vector<GltfSurface>& surfaces, std::string& error) {
-    MaterialReading reading = {document, json, model, ElementsOf(json, RootArray(json, "images")), {}};
+    MaterialReading reading = {document, json,
+                               model,    ElementsOf(json, RootArray(json, "images")),
+                               {},       std::vector<bool>(document.Records.Textures.size())};
     reading.Pictures.Directory = directory;
     for (const uint32_t source : ElementsOf(json, RootArray(json, "materials"))) {
         if (KindOf(json, source) != JsonKind::Object) {
@@ -134,5 +158,6 @@ bool ReadGltfMaterials(GltfDocument& document, const JsonTape& json, const std::
         ReadMaterial(reading, source, material, surfaces.back());
         model.Materials.push_back(std::move(material));
     }
+    RemarkLackingPictures(reading);
     return true;
 }

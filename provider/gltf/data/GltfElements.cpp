@@ -15,6 +15,7 @@ static_assert(std::endian::native == std::endian::little, "glTF numbers are copi
 namespace {
 
 constexpr const char* TypeReason = "the data type is not a glTF type";
+constexpr const char* TooFewReason = "there are fewer elements than vertices";
 
 template <class Number> Number LoadNumber(const uint8_t* bytes) {
     Number number;
@@ -119,6 +120,23 @@ Point3 PointAt(const ElementView& view, size_t element) {
             view.Components == 3 ? ComponentOf(view, element, 2) : 0.0};
 }
 
+bool HasRange(const ElementView& view, IndexRange range) {
+    return range.First <= view.Count && range.Count <= view.Count - range.First;
+}
+
+// Calls read with a view, the number of an element in it and its place in the range: for all elements of
+// the range, then again for those that are replaced.
+template <class Read> const char* ReadRange(const GltfElements& elements, IndexRange range, Read read) {
+    for (size_t i = 0; i < range.Count; ++i) {
+        read(elements.Base, range.First + i, i);
+    }
+    return ReplaceSparse(elements, [&](size_t place, size_t element) {
+        if (place >= range.First && place - range.First < range.Count) {
+            read(elements.Values, element, place - range.First);
+        }
+    });
+}
+
 template <class Number> void LoadIndices(const ElementView& view, std::vector<uint32_t>& indices) {
     for (size_t i = 0; i < view.Count; ++i) {
         indices[i] = LoadNumber<Number>(view.Bytes + i * view.Stride);
@@ -160,16 +178,27 @@ const char* ReadPoints(const GltfElements& elements, IndexRange range, std::vect
     if (base.Components != 2 && base.Components != 3) {
         return "the elements do not have two or three components";
     }
-    if (range.First > base.Count || range.Count > base.Count - range.First) {
-        return "there are fewer elements than vertices";
+    if (!HasRange(base, range)) {
+        return TooFewReason;
     }
     points.resize(range.Count);
-    for (size_t i = 0; i < range.Count; ++i) {
-        points[i] = PointAt(base, range.First + i);
+    return ReadRange(elements, range, [&](const ElementView& from, size_t element, size_t at) {
+        points[at] = PointAt(from, element);
+    });
+}
+
+const char* ReadTuples(const GltfElements& elements, IndexRange range, size_t components,
+                       std::vector<double>& numbers) {
+    if (elements.Base.Components != components) {
+        return "the elements have another number of components";
     }
-    return ReplaceSparse(elements, [&](size_t place, size_t element) {
-        if (place >= range.First && place - range.First < range.Count) {
-            points[place - range.First] = PointAt(elements.Values, element);
+    if (!HasRange(elements.Base, range)) {
+        return TooFewReason;
+    }
+    numbers.resize(range.Count * components);
+    return ReadRange(elements, range, [&](const ElementView& from, size_t element, size_t at) {
+        for (size_t i = 0; i < components; ++i) {
+            numbers[at * components + i] = ComponentOf(from, element, i);
         }
     });
 }

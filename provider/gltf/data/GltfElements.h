@@ -35,5 +35,9 @@ bool FindElements(GltfDocument& document, uint32_t accessor, GltfElements& eleme
 // reason why they can't be read.
 const char* ReadPoints(const GltfElements& elements, IndexRange range, std::vector<Point3>& points);
 
+// The same for elements of exactly as many components as stated, one after the other in numbers.
+const char* ReadTuples(const GltfElements& elements, IndexRange range, size_t components,
+                       std::vector<double>& numbers);
+
 // The same for all elements, of one whole number each.
 const char* ReadIndices(const GltfElements& elements, std::vector<uint32_t>& indices);

@@ -8,14 +8,16 @@
 
 // Names that end in an underscore are prefixes. Some of these extensions have no effect here.
 constexpr std::array<std::string_view, 11> KnownExtensions = {
-    DracoExtension,       MeshoptExtension,      "KHR_texture_transform", "KHR_mesh_quantization",
-    "KHR_materials_",     "KHR_technique_webgl", "KHR_techniques_webgl",  "KHR_lights_punctual",
-    "KHR_texture_basisu", "EXT_texture_webp",    "MSFT_texture_dds"};
+    DracoExtension,        MeshoptExtension,        InstancingExtension,     VisibilityExtension,
+    WebpExtension,         "KHR_texture_transform", "KHR_mesh_quantization", "KHR_materials_",
+    "KHR_technique_webgl", "KHR_techniques_webgl",  "KHR_lights_punctual"};
 
 bool IsKnownExtension(std::string_view name) {
-    return std::ranges::any_of(KnownExtensions, [&](std::string_view known) {
+    const auto isMeant = [&](std::string_view known) {
         return name == known || (known.ends_with('_') && name.starts_with(known));
-    });
+    };
+    return std::ranges::any_of(KnownExtensions, isMeant) ||
+           std::ranges::any_of(PictureExtensions, isMeant);
 }
 
 bool CheckRequiredExtensions(const JsonTape& json, std::string& error) {

@@ -65,11 +65,11 @@ struct GltfAccessor {
     bool Normalized = false;
 };
 
-enum class GltfSemantic : uint8_t { Other, Position, Normal, Coordinates };
+enum class GltfSemantic : uint8_t { Other, Position, Normal, Coordinates, Joints, Weights };
 
 struct GltfAttribute {
     GltfSemantic Semantic = GltfSemantic::Other;
-    uint32_t Set = 0; // n of TEXCOORD_n
+    uint32_t Set = 0; // n of TEXCOORD_n, JOINTS_n and WEIGHTS_n
     uint32_t Accessor = NoIndex;
     uint32_t DracoId = NoIndex; // of the attribute in the primitive's compressed mesh
 };
@@ -78,6 +78,7 @@ enum class GltfMode : uint8_t { Other, Triangles, Strip, Fan };
 
 struct GltfPrimitive {
     std::vector<GltfAttribute> Attributes;
+    std::vector<std::vector<GltfAttribute>> Targets; // of morphing: differences from the attributes
     uint32_t Indices = NoIndex;
     uint32_t Material = NoIndex;
     uint32_t DracoView = NoIndex; // the buffer view of the compressed mesh
@@ -88,11 +89,17 @@ struct GltfPrimitive {
 struct GltfMesh {
     std::u16string Name;
     std::vector<GltfPrimitive> Primitives;
+    std::vector<double> Weights; // of the targets; a target without one is not used
+};
+
+struct GltfSkin {
+    std::vector<uint32_t> Joints; // nodes
+    uint32_t InverseBindMatrices = NoIndex;
 };
 
 struct GltfTexture {
     uint32_t Image = NoIndex;
-    uint32_t Extension = NoIndex;
+    uint32_t Extension = NoIndex; // has the only image, of a kind that can't be read
 };
 
 struct GltfRecords {
@@ -101,17 +108,18 @@ struct GltfRecords {
     std::vector<GltfSparse> Sparse;
     std::vector<GltfAccessor> Accessors;
     std::vector<GltfMesh> Meshes;
+    std::vector<GltfSkin> Skins;
     std::vector<GltfTexture> Textures;
 
-    // Names of extensions that are not supported. A record's Extension is one that may hold data which
-    // the record lacks.
+    // Names of extensions that are not supported. A record's Extension is one that may hold the data
+    // that the record lacks.
     std::vector<std::string> Extensions;
 };
 
-// The attribute of a primitive; null if it has none.
-inline const GltfAttribute* FindAttribute(const GltfPrimitive& primitive, GltfSemantic semantic,
-                                          uint32_t set = 0) {
-    for (const GltfAttribute& attribute : primitive.Attributes) {
+// The attribute with this meaning; null if there is none.
+inline const GltfAttribute* FindAttribute(const std::vector<GltfAttribute>& attributes,
+                                          GltfSemantic semantic, uint32_t set = 0) {
+    for (const GltfAttribute& attribute : attributes) {
         if (attribute.Semantic == semantic && attribute.Set == set) {
             return &attribute;
         }
@@ -121,7 +129,7 @@ inline const GltfAttribute* FindAttribute(const GltfPrimitive& primitive, GltfSe
 
 inline bool HasTriangles(const GltfPrimitive& primitive) {
     return primitive.Mode != GltfMode::Other &&
-           FindAttribute(primitive, GltfSemantic::Position) != nullptr;
+           FindAttribute(primitive.Attributes, GltfSemantic::Position) != nullptr;
 }
 
 // The place of a record, such as "meshes[3]".

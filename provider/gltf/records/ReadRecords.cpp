@@ -55,9 +55,8 @@ uint32_t IndexOf(const RecordReading& reading, uint32_t object, std::string_view
     return IndexMember(reading.Json, object, key);
 }
 
-uint32_t UnknownOf(RecordReading& reading, uint32_t object) {
-    const std::string_view name = UnknownExtensionOf(reading.Json, object);
-    std::vector<std::string>& names = reading.Output.Extensions;
+// The index of the name of an extension; NoIndex if the name is empty.
+uint32_t KeepName(std::vector<std::string>& names, std::string_view name) {
     if (name.empty()) {
         return NoIndex;
     }
@@ -67,6 +66,10 @@ uint32_t UnknownOf(RecordReading& reading, uint32_t object) {
     }
     names.emplace_back(name);
     return static_cast<uint32_t>(names.size() - 1);
+}
+
+uint32_t UnknownOf(RecordReading& reading, uint32_t object) {
+    return KeepName(reading.Output.Extensions, UnknownExtensionOf(reading.Json, object));
 }
 
 // Calls read for each element of an array at the top level. All of them must be objects.
@@ -205,16 +208,24 @@ bool ReadAccessor(RecordReading& reading, uint32_t object) {
 
 // Splits a name such as TEXCOORD_1.
 void ReadSemantic(std::string_view name, GltfAttribute& attribute) {
-    constexpr std::string_view coordinates = "TEXCOORD_";
+    struct Prefix {
+        std::string_view Text;
+        GltfSemantic Semantic;
+    };
+    constexpr std::array<Prefix, 3> prefixes = {{{"TEXCOORD_", GltfSemantic::Coordinates},
+                                                 {"JOINTS_", GltfSemantic::Joints},
+                                                 {"WEIGHTS_", GltfSemantic::Weights}}};
     if (name == "POSITION") {
         attribute.Semantic = GltfSemantic::Position;
     } else if (name == "NORMAL") {
         attribute.Semantic = GltfSemantic::Normal;
-    } else if (name.starts_with(coordinates)) {
-        name.remove_prefix(coordinates.size());
-        const auto [end, fault] = std::from_chars(name.data(), name.data() + name.size(), attribute.Set);
-        const bool isNumber = fault == std::errc() && end == name.data() + name.size();
-        attribute.Semantic = isNumber ? GltfSemantic::Coordinates : GltfSemantic::Other;
+    }
+    for (const auto& [prefix, semantic] : prefixes) {
+        if (name.starts_with(prefix)) {
+            const char* end = name.data() + name.size();
+            const auto [last, fault] = std::from_chars(name.data() + prefix.size(), end, attribute.Set);
+            attribute.Semantic = fault == std::errc() && last == end ? semantic : GltfSemantic::Other;
+        }
     }
 }
 
@@ -259,26 +270,52 @@ bool ReadMesh(RecordReading& reading, uint32_t object) {
         primitive.DracoView = IndexOf(reading, draco, "bufferView");
         primitive.Attributes = ReadAttributes(json, ObjectMember(json, element, "attributes"),
                                               ObjectMember(json, draco, "attributes"));
+        for (const uint32_t target : ElementsOf(json, ArrayMember(json, element, "targets"))) {
+            primitive.Targets.push_back(ReadAttributes(json, target, 0));
+        }
         primitive.Indices = IndexOf(reading, element, "indices");
         primitive.Material = IndexOf(reading, element, "material");
         primitive.Mode = ReadMode(json, element);
         primitive.Extension = UnknownOf(reading, element);
     }
+    mesh.Weights = NumbersMember(json, object, "weights");
     reading.Output.Meshes.push_back(std::move(mesh));
     return true;
 }
 
 bool ReadTexture(RecordReading& reading, uint32_t object) {
+    const JsonTape& json = reading.Json;
     GltfTexture texture;
     texture.Image = IndexOf(reading, object, "source");
+    if (texture.Image == NoIndex) {
+        texture.Image = IndexOf(reading, ExtensionOf(json, object, WebpExtension), "source");
+    }
+    for (const std::string_view name : PictureExtensions) {
+        if (texture.Image == NoIndex && ExtensionOf(json, object, name) != 0) {
+            texture.Extension = KeepName(reading.Output.Extensions, name);
+        }
+    }
     reading.Output.Textures.push_back(texture);
     return true;
+}
+
+// Skins have no effect if they are broken.
+void ReadSkins(RecordReading& reading) {
+    const JsonTape& json = reading.Json;
+    for (const uint32_t object : ElementsOf(json, RootArray(json, "skins"))) {
+        GltfSkin& skin = reading.Output.Skins.emplace_back();
+        for (const uint32_t joint : ElementsOf(json, ArrayMember(json, object, "joints"))) {
+            skin.Joints.push_back(IndexIn(json, joint));
+        }
+        skin.InverseBindMatrices = IndexOf(reading, object, "inverseBindMatrices");
+    }
 }
 
 } // namespace
 
 bool ReadGltfRecords(const JsonTape& json, GltfRecords& records, std::string& error) {
     RecordReading reading = {json, records, error};
+    ReadSkins(reading);
     const auto with = [&](bool (*read)(RecordReading&, uint32_t)) {
         return [&reading, read](uint32_t object) {
             return read(reading, object);

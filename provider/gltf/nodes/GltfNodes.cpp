@@ -1,7 +1,10 @@
 // Reads nodes straight from the tape: there can be many.
-#include "provider/gltf/GltfNodes.h"
+#include "provider/gltf/nodes/GltfNodes.h"
 
 #include "platform/Text.h"
+#include "provider/gltf/nodes/GltfInstances.h"
+#include "provider/gltf/nodes/GltfPlacement.h"
+#include "provider/gltf/records/GltfExtensions.h"
 #include "provider/gltf/records/GltfFields.h"
 
 #include <algorithm>
@@ -9,56 +12,25 @@
 namespace {
 
 struct NodeReading {
-    const GltfDocument& Document;
+    GltfDocument& Document;
     const JsonTape& Json;
-    ImportedTree& Tree;
+    GltfNodes& Output;
+    std::vector<std::string>& Remarks;
     std::string& Error;
     std::vector<uint32_t> Nodes; // the values of the document
 };
 
-Transform RotationOf(const std::array<double, 4>& quaternion) {
-    const auto [x, y, z, w] = quaternion;
-    return {1 - 2 * (y * y + z * z),
-            2 * (x * y + z * w),
-            2 * (x * z - y * w),
-            0,
-            2 * (x * y - z * w),
-            1 - 2 * (x * x + z * z),
-            2 * (y * z + x * w),
-            0,
-            2 * (x * z + y * w),
-            2 * (y * z - x * w),
-            1 - 2 * (x * x + y * y),
-            0,
-            0,
-            0,
-            0,
-            1};
-}
-
-// The placement of a node in glTF's axes. A matrix for column vectors, stored by columns, equals one
-// for row vectors, stored by rows.
-Transform PlacementOf(const JsonTape& json, uint32_t node) {
-    Transform transform = IdentityTransform;
-    if (ArrayMember(json, node, "matrix") != 0) {
-        ReadNumbers(json, node, "matrix", transform);
-        return transform;
+// Keeps what a node says about the shape of its mesh, if anything.
+void ReadShape(NodeReading& reading, uint32_t node, uint32_t mesh) {
+    const JsonTape& json = reading.Json;
+    GltfShapedNode shaped;
+    shaped.Skin = IndexMember(json, node, "skin");
+    shaped.Weights = NumbersMember(json, node, "weights");
+    if (shaped.Skin != NoIndex || !shaped.Weights.empty()) {
+        shaped.Node = static_cast<uint32_t>(reading.Output.Tree.Nodes.size() - 1);
+        shaped.Mesh = mesh;
+        reading.Output.Shaped.push_back(std::move(shaped));
     }
-    std::array<double, 4> rotation = {};
-    std::array<double, 3> scale = {};
-    std::array<double, 3> translation = {};
-    if (ReadNumbers(json, node, "rotation", rotation)) {
-        transform = RotationOf(rotation);
-    }
-    if (ReadNumbers(json, node, "scale", scale)) {
-        for (size_t i = 0; i < 9; ++i) {
-            transform[i / 3 * 4 + i % 3] *= scale[i / 3];
-        }
-    }
-    if (ReadNumbers(json, node, "translation", translation)) {
-        std::ranges::copy(translation, transform.begin() + 12);
-    }
-    return transform;
 }
 
 // Appends the nodes of an array of indices, up to the first value that isn't a number.
@@ -82,9 +54,9 @@ bool ReadNode(NodeReading& reading, uint32_t node) {
     if (KindOf(json, node) != JsonKind::Object) {
         return FailAt(json, node, "this must be an object", reading.Error);
     }
-    ImportedNode& imported = reading.Tree.Nodes.emplace_back();
+    ImportedNode& imported = reading.Output.Tree.Nodes.emplace_back();
     imported.Name = Utf16FromUtf8(TextMember(json, node, "name"));
-    imported.Placement = ToModelAxes(UpAxis::Y, PlacementOf(json, node));
+    imported.Placement = ToModelAxes(UpAxis::Y, ReadPlacement(json, node));
     if (imported.Placement[15] == 0.0) {
         return FailAt(json, MemberOf(json, node, "matrix"), "the last number must not be 0",
                       reading.Error);
@@ -97,7 +69,14 @@ bool ReadNode(NodeReading& reading, uint32_t node) {
         }
         if (std::ranges::any_of(meshes[mesh].Primitives, HasTriangles)) {
             imported.Meshes.push_back(mesh);
+            ReadShape(reading, node, mesh);
         }
+    }
+    const uint32_t visibility = ExtensionOf(json, node, VisibilityExtension);
+    imported.IsVisible = FlagMember(json, visibility, "visible", true);
+    if (!imported.Meshes.empty() && !ReadInstances(reading.Document, json, node, reading.Output.Tree,
+                                                   reading.Remarks, reading.Error)) {
+        return false;
     }
     return ReadNodeList(reading, ArrayMember(json, node, "children"), imported.Children);
 }
@@ -121,7 +100,7 @@ bool ReadScene(NodeReading& reading) {
     const JsonTape& json = reading.Json;
     const std::vector<uint32_t> scenes = ElementsOf(json, RootArray(json, "scenes"));
     if (scenes.empty()) {
-        FindRoots(reading.Tree);
+        FindRoots(reading.Output.Tree);
         return true;
     }
     const uint32_t chosen = MemberOf(json, 0, "scene");
@@ -134,14 +113,17 @@ bool ReadScene(NodeReading& reading) {
     if (KindOf(json, scene) != JsonKind::Object) {
         return FailAt(json, scene, "this must be an object", reading.Error);
     }
-    return ReadNodeList(reading, ArrayMember(json, scene, "nodes"), reading.Tree.Nodes[0].Children);
+    return ReadNodeList(reading, ArrayMember(json, scene, "nodes"),
+                        reading.Output.Tree.Nodes[0].Children);
 }
 
 } // namespace
 
-bool ReadGltfNodes(const GltfDocument& document, const JsonTape& json, ImportedTree& tree,
-                   std::string& error) {
-    NodeReading reading = {document, json, tree, error, ElementsOf(json, RootArray(json, "nodes"))};
+bool ReadGltfNodes(GltfDocument& document, const JsonTape& json, GltfNodes& nodes,
+                   std::vector<std::string>& remarks, std::string& error) {
+    NodeReading reading = {document, json,  nodes,
+                           remarks,  error, ElementsOf(json, RootArray(json, "nodes"))};
+    ImportedTree& tree = nodes.Tree;
     tree.Nodes.reserve(reading.Nodes.size() + 1);
     tree.Nodes.emplace_back();
     tree.FirstNamed = 1;

@@ -1,7 +1,7 @@
 // Converts primitives to faces: separate triangles, with the vertices that they use.
-#include "provider/gltf/GltfPrimitives.h"
+#include "provider/gltf/meshes/GltfPrimitives.h"
 
-#include "provider/gltf/PrimitiveData.h"
+#include "provider/gltf/meshes/PrimitiveData.h"
 #include "provider/reading/FaceBuilder.h"
 #include "provider/reading/NodeTree.h"
 
@@ -31,13 +31,21 @@ void DropNonFiniteTriangles(FaceGeometry& geometry) {
     geometry.Indices.resize(kept);
 }
 
-bool ReadNormals(const PrimitiveSource& source, IndexRange range, std::vector<Point3>& normals,
-                 std::string& error) {
-    if (!ReadAttribute(source, GltfSemantic::Normal, 0, range, normals, error)) {
+// Reads positions and normals in the pose, in the model's axes.
+bool ReadVertices(PrimitiveReading& reading, const PrimitiveSource& source, const GltfPose& pose,
+                  IndexRange range, FaceGeometry& geometry) {
+    if (!ReadAttribute(source, GltfSemantic::Position, 0, range, geometry.Positions, reading.Error) ||
+        !ReadAttribute(source, GltfSemantic::Normal, 0, range, geometry.Normals, reading.Error)) {
         return false;
     }
-    for (Point3& normal : normals) {
+    for (Point3& position : geometry.Positions) {
+        position = ToModelAxes(UpAxis::Y, position);
+    }
+    for (Point3& normal : geometry.Normals) {
         normal = ToModelAxes(UpAxis::Y, normal);
+    }
+    PoseVertices(source, pose, range, geometry.Positions, geometry.Normals, reading.Output.Remarks);
+    for (Point3& normal : geometry.Normals) {
         if (!MakeUnit(normal, normal)) {
             normal = {0.0, 0.0, 1.0};
         }
@@ -60,18 +68,7 @@ bool ReadCoordinates(const PrimitiveSource& source, const GltfSurface& surface, 
     return true;
 }
 
-bool ReadPositions(const PrimitiveSource& source, IndexRange range, std::vector<Point3>& positions,
-                   std::string& error) {
-    if (!ReadAttribute(source, GltfSemantic::Position, 0, range, positions, error)) {
-        return false;
-    }
-    for (Point3& position : positions) {
-        position = ToModelAxes(UpAxis::Y, position);
-    }
-    return true;
-}
-
-bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source) {
+bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source, const GltfPose& pose) {
     const GltfPrimitive& primitive = source.Primitive;
     const bool hasMaterial = primitive.Material != NoIndex;
     if (hasMaterial && primitive.Material >= reading.Surfaces.size()) {
@@ -87,8 +84,7 @@ bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source) {
     if (geometry.Indices.empty()) {
         return true;
     }
-    if (!ReadPositions(source, range, geometry.Positions, reading.Error) ||
-        !ReadNormals(source, range, geometry.Normals, reading.Error) ||
+    if (!ReadVertices(reading, source, pose, range, geometry) ||
         !ReadCoordinates(source, surface, range, geometry.FrontCoordinates, reading.Error)) {
         return false;
     }
@@ -108,12 +104,11 @@ bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source) {
 
 } // namespace
 
-bool AddMeshFaces(PrimitiveReading& reading, uint32_t mesh) {
+bool AddMeshFaces(PrimitiveReading& reading, uint32_t mesh, const GltfPose& pose) {
     const std::vector<GltfPrimitive>& primitives = reading.Document.Records.Meshes[mesh].Primitives;
     for (size_t i = 0; i < primitives.size(); ++i) {
-        PrimitiveSource source = {reading.Document, primitives[i],
-                                  PlaceIn("meshes", mesh) + "." + PlaceIn("primitives", i)};
-        if (HasTriangles(primitives[i]) && !AddPrimitive(reading, source)) {
+        PrimitiveSource source = {reading.Document, primitives[i], PlaceOfPrimitive(mesh, i)};
+        if (HasTriangles(primitives[i]) && !AddPrimitive(reading, source, pose)) {
             return false;
         }
     }
@@ -129,7 +124,7 @@ void ReserveFaces(GltfDocument& document, Model& model) {
             GltfElements vertices;
             GltfElements corners;
             std::string ignored;
-            const GltfAttribute* attribute = FindAttribute(primitive, GltfSemantic::Position);
+            const GltfAttribute* attribute = FindAttribute(primitive.Attributes, GltfSemantic::Position);
             // Without data, the count can be anything.
             if (!HasTriangles(primitive) ||
                 !FindElements(document, attribute->Accessor, vertices, ignored) ||
@@ -143,7 +138,8 @@ void ReserveFaces(GltfDocument& document, Model& model) {
             const size_t used = std::min(vertices.Base.Count, corners.Base.Count);
             indices += corners.Base.Count;
             positions += used;
-            coordinates += FindAttribute(primitive, GltfSemantic::Coordinates, 0) != nullptr ? used : 0;
+            coordinates +=
+                FindAttribute(primitive.Attributes, GltfSemantic::Coordinates, 0) != nullptr ? used : 0;
         }
     }
     model.Indices.reserve(indices);

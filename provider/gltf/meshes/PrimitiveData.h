@@ -10,6 +10,8 @@ struct PrimitiveSource {
     const DracoMesh* Draco = nullptr; // if the accessors have no data
 };
 
+std::string PlaceOfPrimitive(uint32_t mesh, size_t number);
+
 // Sets error to the place of a member of the primitive, such as "indices", and a reason. Always returns
 // false.
 bool FailIn(const PrimitiveSource& source, const std::string& member, const std::string& reason,

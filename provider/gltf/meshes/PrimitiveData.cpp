@@ -1,5 +1,5 @@
 // Finds the data of primitives, and separates their triangles.
-#include "provider/gltf/PrimitiveData.h"
+#include "provider/gltf/meshes/PrimitiveData.h"
 
 #include "provider/gltf/records/GltfExtensions.h"
 
@@ -84,6 +84,10 @@ bool ReadOwnIndices(const PrimitiveSource& source, size_t vertices, std::vector<
 
 } // namespace
 
+std::string PlaceOfPrimitive(uint32_t mesh, size_t number) {
+    return PlaceIn("meshes", mesh) + "." + PlaceIn("primitives", number);
+}
+
 bool FailIn(const PrimitiveSource& source, const std::string& member, const std::string& reason,
             std::string& error) {
     error = source.Place + "." + member + ": " + reason;
@@ -96,6 +100,10 @@ std::string NameOf(const GltfAttribute& attribute) {
         return "attributes.POSITION";
     case GltfSemantic::Normal:
         return "attributes.NORMAL";
+    case GltfSemantic::Joints:
+        return "attributes.JOINTS_" + std::to_string(attribute.Set);
+    case GltfSemantic::Weights:
+        return "attributes.WEIGHTS_" + std::to_string(attribute.Set);
     default:
         return "attributes.TEXCOORD_" + std::to_string(attribute.Set);
     }
@@ -105,7 +113,7 @@ bool FindCompressedMesh(PrimitiveSource& source, std::string& error) {
     const GltfPrimitive& primitive = source.Primitive;
     const GltfRecords& records = source.Document.Records;
     if (primitive.DracoView == NoIndex ||
-        !(LacksData(records, FindAttribute(primitive, GltfSemantic::Position)->Accessor) ||
+        !(LacksData(records, FindAttribute(primitive.Attributes, GltfSemantic::Position)->Accessor) ||
           LacksData(records, primitive.Indices))) {
         return true;
     }
@@ -140,7 +148,7 @@ bool FindAttributeElements(const PrimitiveSource& source, const GltfAttribute& a
 
 bool ReadAttribute(const PrimitiveSource& source, GltfSemantic semantic, uint32_t set, IndexRange range,
                    std::vector<Point3>& points, std::string& error) {
-    const GltfAttribute* attribute = FindAttribute(source.Primitive, semantic, set);
+    const GltfAttribute* attribute = FindAttribute(source.Primitive.Attributes, semantic, set);
     if (attribute == nullptr) {
         return true;
     }
@@ -154,7 +162,7 @@ bool ReadAttribute(const PrimitiveSource& source, GltfSemantic semantic, uint32_
 
 bool ReadTriangles(const PrimitiveSource& source, std::vector<uint32_t>& indices, IndexRange& range,
                    std::string& error) {
-    const GltfAttribute& positions = *FindAttribute(source.Primitive, GltfSemantic::Position);
+    const GltfAttribute& positions = *FindAttribute(source.Primitive.Attributes, GltfSemantic::Position);
     GltfElements elements;
     if (!FindAttributeElements(source, positions, elements, error)) {
         return false;
