@@ -16,7 +16,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (found.Format != FileFormat::Gltf) {
         return 0;
     }
-    const bool read = ReadGltfModel(found.Parts, found.Json, PictureFolder(), model, error);
+    const bool read = ReadGltfModel(found.Parts, std::move(found.Json), PictureFolder(), model, error);
     Expect(read || !error.empty());
     if (read) {
         CheckModel(std::move(model));

@@ -1,7 +1,7 @@
 // The format of a model file, which selects its reader. The only place that decides it.
 #pragma once
 
-#include "provider/gltf/GltfDocument.h"
+#include "provider/gltf/data/GltfParts.h"
 #include "provider/reading/JsonTape.h"
 
 #include <cstdint>

@@ -30,7 +30,7 @@ bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
         bytes = {}; // the tape has its contents
         return ReadModelDocument(found.Json, DirectoryPart(path), model, error);
     case FileFormat::Gltf:
-        return ReadGltfModel(found.Parts, found.Json, DirectoryPart(path), model, error);
+        return ReadGltfModel(found.Parts, std::move(found.Json), DirectoryPart(path), model, error);
     case FileFormat::Assimp:
         bytes = {}; // assimp reads the file itself
         return ReadAssimpModel(path, found.Ending, model, error);

@@ -12,20 +12,6 @@ static double RoundToGrid(double value) {
     return std::round(value * steps) / steps;
 }
 
-Transform Multiply(const Transform& first, const Transform& second) {
-    Transform result;
-    for (size_t row = 0; row < 4; ++row) {
-        for (size_t column = 0; column < 4; ++column) {
-            double sum = 0.0;
-            for (size_t i = 0; i < 4; ++i) {
-                sum += first[row * 4 + i] * second[i * 4 + column];
-            }
-            result[row * 4 + column] = sum;
-        }
-    }
-    return result;
-}
-
 Transform ScaleTransform(Point3 factors) {
     return {factors.X, 0, 0, 0, 0, factors.Y, 0, 0, 0, 0, factors.Z, 0, 0, 0, 0, 1};
 }

@@ -3,9 +3,6 @@
 
 #include "provider/model/Model.h"
 
-// p' = p * Multiply(first, second) applies first, then second.
-Transform Multiply(const Transform& first, const Transform& second);
-
 Transform ScaleTransform(Point3 factors);
 // Counter-clockwise when the axis, of length 1, points at the viewer.
 Transform RotateTransform(Point3 axis, double degrees);

@@ -2,37 +2,17 @@
 #include "provider/gltf/GltfMaterials.h"
 
 #include "platform/Text.h"
-#include "provider/gltf/GltfAccessor.h"
-#include "provider/gltf/Uri.h"
+#include "provider/gltf/data/Uri.h"
+#include "provider/gltf/records/GltfFields.h"
 #include "provider/reading/ImportedPictures.h"
 
 #include <algorithm>
 #include <cmath>
 
-constexpr const char* TransformExtension = "KHR_texture_transform";
-constexpr const char* DiffuseExtension = "KHR_materials_pbrSpecularGlossiness";
+constexpr std::string_view TransformExtension = "KHR_texture_transform";
+constexpr std::string_view DiffuseExtension = "KHR_materials_pbrSpecularGlossiness";
 
 namespace {
-
-using GltfExtensions = tinygltf::ExtensionMap;
-
-// A member of an extension's object, or null.
-const tinygltf::Value* FindValue(const tinygltf::Value& object, const char* key) {
-    return object.IsObject() && object.Has(key) ? &object.Get(key) : nullptr;
-}
-
-// A number of an array; fallback if there is none.
-double NumberIn(const tinygltf::Value* value, int place, double fallback) {
-    if (value == nullptr || !value->IsArray() || static_cast<size_t>(place) >= value->ArrayLen() ||
-        !value->Get(place).IsNumber()) {
-        return fallback;
-    }
-    return value->Get(place).GetNumberAsDouble();
-}
-
-int WholeNumber(const tinygltf::Value* value, int fallback) {
-    return value != nullptr && value->IsInt() ? value->GetNumberAsInt() : fallback;
-}
 
 // glTF colours are linear; the model's are sRGB.
 uint8_t ScreenColor(double light) {
@@ -44,68 +24,79 @@ uint8_t ScreenColor(double light) {
 }
 
 // Scale, then rotation, then offset, with v pointing down.
-void ReadTransform(const tinygltf::Value& transform, GltfSurface& surface) {
-    const tinygltf::Value* offset = FindValue(transform, "offset");
-    const tinygltf::Value* scale = FindValue(transform, "scale");
-    const tinygltf::Value* rotation = FindValue(transform, "rotation");
-    const double angle =
-        rotation != nullptr && rotation->IsNumber() ? rotation->GetNumberAsDouble() : 0.0;
-    const double scaleU = NumberIn(scale, 0, 1.0);
-    const double scaleV = NumberIn(scale, 1, 1.0);
-    surface.U = {std::cos(angle) * scaleU, std::sin(angle) * scaleV, NumberIn(offset, 0, 0.0)};
-    surface.V = {-std::sin(angle) * scaleU, std::cos(angle) * scaleV, NumberIn(offset, 1, 0.0)};
-    surface.CoordinateSet = WholeNumber(FindValue(transform, "texCoord"), surface.CoordinateSet);
+void ReadTransform(const JsonTape& json, uint32_t transform, GltfSurface& surface) {
+    std::array<double, 2> offset = {0.0, 0.0};
+    std::array<double, 2> scale = {1.0, 1.0};
+    ReadSomeNumbers(json, transform, "offset", offset);
+    ReadSomeNumbers(json, transform, "scale", scale);
+    const double angle = NumberMember(json, transform, "rotation", 0.0);
+    surface.U = {std::cos(angle) * scale[0], std::sin(angle) * scale[1], offset[0]};
+    surface.V = {-std::sin(angle) * scale[0], std::cos(angle) * scale[1], offset[1]};
+    const uint32_t set = IndexMember(json, transform, "texCoord");
+    surface.CoordinateSet = set != NoIndex ? set : surface.CoordinateSet;
 }
 
 struct MaterialReading {
-    const GltfDocument& Document;
+    GltfDocument& Document;
+    const JsonTape& Json;
     Model& Output;
+    std::vector<uint32_t> Images;
     ImportedPictures Pictures;
+    std::vector<bool> LacksPicture; // textures with a picture only in an extension that can't be read
 };
 
-uint32_t ReadPicture(MaterialReading& reading, size_t index) {
-    const GltfImage& image = reading.Document.Images[index];
+uint32_t ReadPicture(MaterialReading& reading, uint32_t index) {
+    const uint32_t image = reading.Images[index];
     const std::u16string key = u"image:" + Utf16FromUtf8(std::to_string(index));
-    const std::u16string name = Utf16FromUtf8(image.Name);
+    const std::u16string name = Utf16FromUtf8(TextMember(reading.Json, image, "name"));
+    const std::string_view uri = TextMember(reading.Json, image, "uri");
+    const uint32_t bufferView = MemberOf(reading.Json, image, "bufferView");
     std::vector<uint8_t> bytes;
-    if (image.BufferView.has_value()) {
+    if (bufferView != 0 && KindOf(reading.Json, bufferView) == JsonKind::Number) {
         std::span<const uint8_t> view;
-        FindBufferView(reading.Document, *image.BufferView, view);
-        bytes.assign(view.begin(), view.end());
-    } else if (IsDataUri(image.Uri)) {
-        DecodeDataUri(image.Uri, bytes);
+        std::string ignored;
+        if (FindBufferView(reading.Document, IndexIn(reading.Json, bufferView), view, ignored)) {
+            bytes.assign(view.begin(), view.end());
+        }
+    } else if (IsDataUri(uri)) {
+        DecodeDataUri(uri, bytes);
     } else {
-        return TakePictureFile(reading.Pictures, reading.Output,
-                               Utf16FromUtf8(DecodePercent(image.Uri)));
+        return TakePictureFile(reading.Pictures, reading.Output, Utf16FromUtf8(DecodePercent(uri)));
     }
     // Without bytes, the check of the picture reports the reason.
     return TakePictureBytes(reading.Pictures, reading.Output, key, name.empty() ? key : name,
                             std::move(bytes));
 }
 
-void ReadTexture(MaterialReading& reading, int texture, int set, const tinygltf::Value* transform,
-                 ModelMaterial& material, GltfSurface& surface) {
-    const std::vector<tinygltf::Texture>& textures = reading.Document.Records.textures;
-    if (texture < 0) {
+// info is the object that refers to a texture.
+void ReadTexture(MaterialReading& reading, uint32_t info, ModelMaterial& material,
+                 GltfSurface& surface) {
+    const JsonTape& json = reading.Json;
+    const uint32_t texture = IndexMember(json, info, "index");
+    if (texture == NoIndex) {
         return;
     }
-    const int source = static_cast<size_t>(texture) < textures.size()
-                           ? textures[static_cast<size_t>(texture)].source
-                           : -1;
-    surface.CoordinateSet = set;
-    if (transform != nullptr) {
-        ReadTransform(*transform, surface);
+    const uint32_t set = IndexMember(json, info, "texCoord");
+    surface.CoordinateSet = set != NoIndex ? set : 0;
+    const uint32_t transform = ExtensionOf(json, info, TransformExtension);
+    if (transform != 0) {
+        ReadTransform(json, transform, surface);
     }
-    if (source < 0 || static_cast<size_t>(source) >= reading.Document.Images.size()) {
+    const std::vector<GltfTexture>& textures = reading.Document.Records.Textures;
+    const uint32_t image = texture < textures.size() ? textures[texture].Image : NoIndex;
+    if (image == NoIndex && texture < textures.size() && textures[texture].Extension != NoIndex) {
+        reading.LacksPicture[texture] = true;
+        return;
+    }
+    if (image >= reading.Images.size()) {
         reading.Output.Remarks.push_back("the texture of the material \"" +
                                          Utf8FromUtf16(material.Name) + "\" has no usable picture");
         return;
     }
-    ShowPicture(reading.Pictures, ReadPicture(reading, static_cast<size_t>(source)), material);
+    ShowPicture(reading.Pictures, ReadPicture(reading, image), material);
 }
 
-void SetColor(const std::array<double, 4>& factor, const std::string& alphaMode,
-              ModelMaterial& material) {
+void SetColor(const std::array<double, 4>& factor, std::string_view alphaMode, ModelMaterial& material) {
     for (size_t i = 0; i < 3; ++i) {
         material.Color[i] = ScreenColor(factor[i]);
     }
@@ -116,50 +107,57 @@ void SetColor(const std::array<double, 4>& factor, const std::string& alphaMode,
     }
 }
 
-const tinygltf::Value* FindExtension(const GltfExtensions& extensions, const char* name) {
-    const auto found = extensions.find(name);
-    return found != extensions.end() ? &found->second : nullptr;
+void ReadMaterial(MaterialReading& reading, uint32_t source, ModelMaterial& material,
+                  GltfSurface& surface) {
+    const JsonTape& json = reading.Json;
+    const uint32_t diffuse = ExtensionOf(json, source, DiffuseExtension);
+    const uint32_t base = diffuse != 0 ? diffuse : ObjectMember(json, source, "pbrMetallicRoughness");
+    std::array<double, 4> factor = {1.0, 1.0, 1.0, 1.0};
+    if (diffuse != 0) {
+        ReadSomeNumbers(json, diffuse, "diffuseFactor", factor);
+    } else {
+        ReadNumbers(json, base, "baseColorFactor", factor);
+    }
+    SetColor(factor, TextMember(json, source, "alphaMode"), material);
+    ReadTexture(reading, ObjectMember(json, base, diffuse != 0 ? "diffuseTexture" : "baseColorTexture"),
+                material, surface);
 }
 
-void ReadMaterial(MaterialReading& reading, const tinygltf::Material& source, ModelMaterial& material,
-                  GltfSurface& surface) {
-    std::array<double, 4> factor = {1.0, 1.0, 1.0, 1.0};
-    const tinygltf::Value* diffuse = FindExtension(source.extensions, DiffuseExtension);
-    if (diffuse != nullptr) {
-        const tinygltf::Value* texture = FindValue(*diffuse, "diffuseTexture");
-        for (int i = 0; i < 4; ++i) {
-            factor[static_cast<size_t>(i)] = NumberIn(FindValue(*diffuse, "diffuseFactor"), i, 1.0);
+// One line for each extension with pictures that can't be read.
+void RemarkLackingPictures(const MaterialReading& reading) {
+    const GltfRecords& records = reading.Document.Records;
+    for (uint32_t name = 0; name < records.Extensions.size(); ++name) {
+        size_t count = 0;
+        for (size_t i = 0; i < records.Textures.size(); ++i) {
+            count += reading.LacksPicture[i] && records.Textures[i].Extension == name ? 1 : 0;
         }
-        SetColor(factor, source.alphaMode, material);
-        if (texture != nullptr) {
-            const tinygltf::Value* extensions = FindValue(*texture, "extensions");
-            ReadTexture(reading, WholeNumber(FindValue(*texture, "index"), -1),
-                        WholeNumber(FindValue(*texture, "texCoord"), 0),
-                        extensions != nullptr ? FindValue(*extensions, TransformExtension) : nullptr,
-                        material, surface);
+        if (count > 0) {
+            reading.Output.Remarks.push_back(std::to_string(count) +
+                                             (count == 1 ? " texture has its" : " textures have their") +
+                                             " picture only in the glTF extension \"" +
+                                             records.Extensions[name] + "\", which is not supported");
         }
-        return;
     }
-    const tinygltf::PbrMetallicRoughness& base = source.pbrMetallicRoughness;
-    if (base.baseColorFactor.size() == factor.size()) {
-        std::ranges::copy(base.baseColorFactor, factor.begin());
-    }
-    SetColor(factor, source.alphaMode, material);
-    ReadTexture(reading, base.baseColorTexture.index, base.baseColorTexture.texCoord,
-                FindExtension(base.baseColorTexture.extensions, TransformExtension), material, surface);
 }
 
 } // namespace
 
-void ReadGltfMaterials(const GltfDocument& document, const std::u16string& directory, Model& model,
-                       std::vector<GltfSurface>& surfaces) {
-    MaterialReading reading = {document, model, {}};
+bool ReadGltfMaterials(GltfDocument& document, const JsonTape& json, const std::u16string& directory,
+                       Model& model, std::vector<GltfSurface>& surfaces, std::string& error) {
+    MaterialReading reading = {document, json,
+                               model,    ElementsOf(json, RootArray(json, "images")),
+                               {},       std::vector<bool>(document.Records.Textures.size())};
     reading.Pictures.Directory = directory;
-    for (const tinygltf::Material& source : document.Records.materials) {
+    for (const uint32_t source : ElementsOf(json, RootArray(json, "materials"))) {
+        if (KindOf(json, source) != JsonKind::Object) {
+            return FailAt(json, source, "this must be an object", error);
+        }
         ModelMaterial material;
-        material.Name = Utf16FromUtf8(source.name);
+        material.Name = Utf16FromUtf8(TextMember(json, source, "name"));
         surfaces.emplace_back();
         ReadMaterial(reading, source, material, surfaces.back());
         model.Materials.push_back(std::move(material));
     }
+    RemarkLackingPictures(reading);
+    return true;
 }

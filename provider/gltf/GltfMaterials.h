@@ -1,24 +1,11 @@
-// The materials of a glTF document, and how they map their pictures.
+// The materials of a glTF document.
 #pragma once
 
-#include "provider/gltf/GltfDocument.h"
-#include "provider/model/Model.h"
-
-// How a material maps its picture. The texture coordinates (u, v) of a set are transformed to
-// u' = U[0] u + U[1] v + U[2], and v' by V in the same way.
-struct GltfSurface {
-    int CoordinateSet = 0;
-    std::array<double, 3> U = {1.0, 0.0, 0.0};
-    std::array<double, 3> V = {0.0, 1.0, 0.0};
-};
-
-// Final texture coordinates s, t, 1 for glTF's u and v.
-inline Point3 CoordinatesOn(const GltfSurface& surface, double u, double v) {
-    return {surface.U[0] * u + surface.U[1] * v + surface.U[2],
-            1.0 - (surface.V[0] * u + surface.V[1] * v + surface.V[2]), 1.0};
-}
+#include "provider/gltf/data/GltfDocument.h"
+#include "provider/gltf/meshes/GltfSurface.h"
 
 // Appends all materials and their pictures to an empty model, and a surface for each material. Pictures
-// that can't be used are omitted, with a remark.
-void ReadGltfMaterials(const GltfDocument& document, const std::u16string& directory, Model& model,
-                       std::vector<GltfSurface>& surfaces);
+// that can't be used are omitted, with a remark. Returns false, with place and reason in error, if a
+// material isn't an object.
+bool ReadGltfMaterials(GltfDocument& document, const JsonTape& json, const std::u16string& directory,
+                       Model& model, std::vector<GltfSurface>& surfaces, std::string& error);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "provider/model/ModelPicture.h"
+#include "provider/model/Transform.h"
 #include "provider/model/Vector.h"
 
 #include <array>
@@ -22,10 +23,6 @@ struct IndexRange {
     uint32_t First = 0;
     uint32_t Count = 0;
 };
-
-// A 4 by 4 matrix for row vectors, stored by rows: translation in 12 to 14, homogeneous scale in 15.
-using Transform = std::array<double, 16>;
-constexpr Transform IdentityTransform = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
 enum class MaterialType : uint8_t {
     Plain,     // the colour alone

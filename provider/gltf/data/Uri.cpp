@@ -1,5 +1,5 @@
 // Decodes percent-encoded file names and data in Base64.
-#include "provider/gltf/Uri.h"
+#include "provider/gltf/data/Uri.h"
 
 #include "platform/Text.h"
 

@@ -1,0 +1,21 @@
+// How materials map their pictures.
+#pragma once
+
+#include "provider/model/Vector.h"
+
+#include <array>
+#include <cstdint>
+
+// How a material maps its picture. The texture coordinates (u, v) of a set are transformed to
+// u' = U[0] u + U[1] v + U[2], and v' by V in the same way.
+struct GltfSurface {
+    uint32_t CoordinateSet = 0;
+    std::array<double, 3> U = {1.0, 0.0, 0.0};
+    std::array<double, 3> V = {0.0, 1.0, 0.0};
+};
+
+// Final texture coordinates s, t, 1 for glTF's u and v.
+inline Point3 CoordinatesOn(const GltfSurface& surface, double u, double v) {
+    return {surface.U[0] * u + surface.U[1] * v + surface.U[2],
+            1.0 - (surface.V[0] * u + surface.V[1] * v + surface.V[2]), 1.0};
+}
