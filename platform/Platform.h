@@ -1,7 +1,8 @@
 // System-dependent operations: files, directories, code pages and standard output.
 //
 // Paths are UTF-16, as the user wrote them. On POSIX both slash and backslash separate, a leading drive
-// is dropped, and names are UTF-8. On Windows paths are passed to the system unchanged.
+// is dropped, and names are UTF-8. On Windows paths are passed to the system unchanged, except that
+// those beyond its limit of 260 units are made absolute.
 #pragma once
 
 #include "platform/Text.h"

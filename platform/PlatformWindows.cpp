@@ -38,6 +38,22 @@ std::wstring SpelledName(const std::wstring& name) {
     return units != 0 && units < NameUnits ? spelled.substr(0, units) : name;
 }
 
+// Returns the name to pass to the system: a path that is too long for it in this form gets the prefix
+// that lifts the limit, and must then be absolute.
+std::wstring SystemName(std::u16string_view path) {
+    // Shorter than the limit for files, because names of directories leave room for a file's name of 12
+    // units.
+    constexpr size_t limit = MAX_PATH - 12;
+    const std::wstring name = Wide(path);
+    const std::wstring spelled = SpelledName(name);
+    const std::wstring_view server = L"\\\\";
+    if (spelled.size() < limit || spelled.starts_with(LR"(\\?\)") || spelled.starts_with(LR"(\\.\)")) {
+        return name;
+    }
+    return spelled.starts_with(server) ? LR"(\\?\UNC\)" + spelled.substr(server.size())
+                                       : LR"(\\?\)" + spelled;
+}
+
 // Returns the name of an existing file with links followed; empty on failure.
 std::wstring FinalName(const std::wstring& name) {
     std::wstring found(NameUnits, L'\0');
@@ -95,15 +111,15 @@ bool AreHardLinks(const std::wstring& a, const std::wstring& b) {
 } // namespace
 
 std::FILE* OpenForWriting(const std::u16string& path) {
-    return _wfopen(Wide(path).c_str(), L"wb");
+    return _wfopen(SystemName(path).c_str(), L"wb");
 }
 
 std::FILE* OpenForReading(const std::u16string& path) {
-    return _wfopen(Wide(path).c_str(), L"rb");
+    return _wfopen(SystemName(path).c_str(), L"rb");
 }
 
 uint32_t FileAttributes(const std::u16string& path) {
-    return GetFileAttributesW(Wide(path).c_str());
+    return GetFileAttributesW(SystemName(path).c_str());
 }
 
 bool NameOneFile(const std::u16string& a, const std::u16string& b) {
@@ -115,7 +131,7 @@ bool NameOneFile(const std::u16string& a, const std::u16string& b) {
 }
 
 bool CreateOneDirectory(const std::u16string& path) {
-    return _wmkdir(Wide(path).c_str()) == 0;
+    return _wmkdir(SystemName(path).c_str()) == 0;
 }
 
 std::string AnsiFromUtf16(std::u16string_view text) {

@@ -139,6 +139,28 @@ TEST(ProviderModels, GiveWhatTheyHoldThroughAssimp) {
     EXPECT_TRUE(error.starts_with(known) && error.size() > known.size() + 1) << error;
 }
 
+// assimp itself would open such names on Linux alone.
+TEST(ProviderModels, FollowLongNamesBeyondAsciiThroughAssimp) {
+    std::u16string folder = ProviderTestDirectory();
+    for (int level = 0; level < 3; ++level) {
+        folder += u"H\u00E4user \u6A21\u578B" + std::u16string(90, u'x') + u"/";
+        EXPECT_TRUE(CreateOneDirectory(folder));
+    }
+    const auto write = [&](std::u16string_view name, std::string_view text) {
+        const std::vector<uint8_t> bytes(text.begin(), text.end());
+        EXPECT_EQ(WriteWholeFile(folder + std::u16string(name), bytes), 0);
+    };
+    write(u"T\u00FCrme.obj", "mtllib D\xC3\xA4"
+                             "cher.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n");
+    write(u"D\u00E4cher.mtl", "newmtl a\nmap_Kd \xE7\x93\xA6.tga\n");
+    write(u"\u74E6.tga", ReadTestText(u"pictures/tiles.tga"));
+    Model model;
+    std::string error;
+    EXPECT_TRUE(OpenModel(folder + u"T\u00FCrme.obj", model, error)) << error;
+    EXPECT_TRUE(model.Remarks.empty());
+    EXPECT_EQ(model.Pictures.size(), 1U);
+}
+
 TEST(ProviderModels, TakeTheFirstPictureOfAMaterialOfAssimp) {
     aiScene scene;
     scene.mNumMeshes = scene.mNumMaterials = 1;
