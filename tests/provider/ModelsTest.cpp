@@ -4,7 +4,6 @@
 
 #include "provider/operations/OperationWalk.h"
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #ifdef ORVANE_ASSIMP
@@ -37,7 +36,6 @@ size_t ExpectTexts(std::u16string_view folder) {
         SCOPED_TRACE(entry.path().string());
         const World world = WalkModel(entry.path().u16string());
         SUTerminate();
-        if (getenv("GENTXT")) { std::ofstream(entry.path().string() + ".txt") << world.Text; }
         EXPECT_EQ(world.Text, ReadBytes(entry.path().string() + ".txt"));
         const std::string whole = ReadBytes(entry.path());
         std::string error;
