@@ -5,7 +5,8 @@
 
 find_path(assimpIncludeDir assimp/cimport.h)
 find_library(assimpLibrary assimp)
-# Only a build for Windows can lack it by itself. That is not kept in the cache, so that the next run can find it.
+# Only a build for Windows can lack it by itself. That isn't kept in the cache, so that the next configuration finds a
+# library that is there by then.
 if(NOT DEFINED ORVANE_ASSIMP)
   set(ORVANE_ASSIMP ON)
   if(WIN32 AND NOT assimpLibrary)
@@ -13,11 +14,10 @@ if(NOT DEFINED ORVANE_ASSIMP)
   endif()
 endif()
 if(NOT ORVANE_ASSIMP)
-  message(STATUS "Without assimp: of the open formats only glTF")
+  message(STATUS "Without COLLADA, OBJ, FBX, IFC and others, for lack of assimp")
   return()
 elseif(NOT assimpLibrary)
-  message(FATAL_ERROR "There is no assimp. For Linux it is the package libassimp-dev, for Windows scripts/windows-libraries "
-                      "builds it. -DORVANE_ASSIMP=OFF leaves it out.")
+  message(FATAL_ERROR "assimp is not installed, which ORVANE_ASSIMP requires")
 endif()
 
 add_library(assimp-library INTERFACE IMPORTED GLOBAL)

@@ -20,11 +20,11 @@ install_packages() {
     fi
 }
 
-build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libjpeg62-turbo-dev libspng-dev libwebp-dev zlib1g-dev libglu1-mesa-dev libtinygltf-dev libassimp-dev)
+build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libjpeg62-turbo-dev libspng-dev libwebp-dev zlib1g-dev
+    libglu1-mesa-dev libtinygltf-dev libassimp-dev libdraco-dev libmeshoptimizer-dev)
 test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel python3 rsync strace)
-bench_packages=(libbenchmark-dev libmeshoptimizer-dev gltfpack assimp-utils)
-windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev libdraco-dev
-    libmeshoptimizer-dev libjpeg62-turbo-dev libspng-dev libwebp-dev)
+bench_packages=(libbenchmark-dev gltfpack assimp-utils)
+windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
 
@@ -34,6 +34,13 @@ build() {
     shift
     cmake --preset "$preset" "$@" >/dev/null
     cmake --build --preset "$preset"
+}
+
+# Cross-builds the libraries for Windows, where that isn't done, and then the Windows build with all of them:
+# build_windows [CMAKE_OPTION...].
+build_windows() {
+    scripts/windows-libraries
+    build windows -DORVANE_ASSIMP=ON -DORVANE_PICTURES=ON -DORVANE_GLTF_COMPRESSION=ON "$@"
 }
 
 # Makes the packages of build/ and build-windows/ in dist/.
