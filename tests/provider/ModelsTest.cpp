@@ -39,8 +39,9 @@ size_t ExpectTexts(std::u16string_view folder) {
         EXPECT_EQ(world.Text, ReadBytes(entry.path().string() + ".txt"));
         const std::string whole = ReadBytes(entry.path());
         std::string error;
-        // assimp's reader of STL leaks memory when it fails.
-        const size_t cuts = entry.path().extension() == ".STL" ? 0 : 20;
+        // assimp's readers of STL and X leak memory when they fail.
+        const bool leaks = entry.path().extension() == ".STL" || entry.path().stem() == "tilted";
+        const size_t cuts = leaks ? 0 : 20;
         for (size_t cut = 0; cut < cuts; ++cut) {
             const std::string_view part(whole.data(), whole.size() * cut / cuts);
             opened += OpensText("cut" + entry.path().extension().string(), part, error) ? 1 : 0;

@@ -27,34 +27,44 @@ std::string ReadAll(std::FILE* file) {
     return bytes;
 }
 
-void LimitMemory(uint64_t limit) {
+// This process's environment with the changes of the call.
+std::vector<std::string> EnvironmentOf(const ProgramCall& call) {
+    auto changes = call.Environment;
+    if (!call.LibraryDirectory.empty())
+        changes.emplace_back("LD_LIBRARY_PATH", call.LibraryDirectory);
 #ifdef __SANITIZE_ADDRESS__
     // The sanitizer's own address space is far above any limit.
-    const std::string options =
-        "allocator_may_return_null=1:max_allocation_size_mb=" + std::to_string(limit >> 20);
-    setenv("ASAN_OPTIONS", options.c_str(), 1);
-#else
-    const rlimit both = {limit, limit};
-    setrlimit(RLIMIT_AS, &both);
+    if (call.MemoryLimit != 0)
+        changes.emplace_back("ASAN_OPTIONS", "allocator_may_return_null=1:max_allocation_size_mb=" +
+                                                 std::to_string(call.MemoryLimit >> 20));
 #endif
+    std::vector<std::string> texts;
+    for (char** text = environ; *text != nullptr; ++text)
+        texts.emplace_back(*text);
+    for (const auto& [name, value] : changes) {
+        std::erase_if(texts, [&](const std::string& text) { return text.starts_with(name + "="); });
+        texts.push_back(name + "=" + value);
+    }
+    return texts;
 }
 
-// In the child, after the fork.
-[[noreturn]] void Become(const ProgramCall& call, int output, int errors) {
-    std::vector<std::string> texts = {call.Program.string()};
-    for (const std::u16string& argument : call.Arguments)
-        texts.push_back(Utf8FromUtf16(argument));
-    std::vector<char*> arguments;
-    arguments.reserve(texts.size() + 1);
+std::vector<char*> PointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
     for (std::string& text : texts)
-        arguments.push_back(text.data());
-    arguments.push_back(nullptr);
-    for (const auto& [name, value] : call.Environment)
-        setenv(name.c_str(), value.c_str(), 1);
-    if (!call.LibraryDirectory.empty())
-        setenv("LD_LIBRARY_PATH", call.LibraryDirectory.c_str(), 1);
-    if (call.MemoryLimit != 0)
-        LimitMemory(call.MemoryLimit);
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+// In the child, after the fork. Allocates nothing: another thread may have held the allocator's lock.
+[[noreturn]] void Become(const ProgramCall& call, char* const* arguments, char* const* environment,
+                         int output, int errors) {
+#ifndef __SANITIZE_ADDRESS__
+    if (call.MemoryLimit != 0) {
+        const rlimit both = {call.MemoryLimit, call.MemoryLimit};
+        setrlimit(RLIMIT_AS, &both);
+    }
+#endif
     if (call.FileLimit) {
         const rlimit both = {*call.FileLimit, *call.FileLimit};
         setrlimit(RLIMIT_FSIZE, &both);
@@ -67,7 +77,7 @@ void LimitMemory(uint64_t limit) {
         if (call.Output == OutputTo::Closed)
             close(STDOUT_FILENO);
         alarm(ProgramSeconds);
-        execv(arguments[0], arguments.data());
+        execve(arguments[0], arguments, environment);
     }
     _exit(NotStarted);
 }
@@ -82,9 +92,15 @@ ProgramResult RunProgram(const ProgramCall& call) {
     std::FILE* output = fdopen(ends[0], "r");
     if (call.Output == OutputTo::BrokenPipe)
         std::fclose(output);
+    std::vector<std::string> arguments = {call.Program.string()};
+    for (const std::u16string& argument : call.Arguments)
+        arguments.push_back(Utf8FromUtf16(argument));
+    std::vector<std::string> environment = EnvironmentOf(call);
+    const std::vector<char*> argumentPointers = PointersTo(arguments);
+    const std::vector<char*> environmentPointers = PointersTo(environment);
     const pid_t child = fork();
     if (child == 0)
-        Become(call, ends[1], fileno(errors));
+        Become(call, argumentPointers.data(), environmentPointers.data(), ends[1], fileno(errors));
     close(ends[1]);
     if (call.Signal != 0) {
         usleep(call.SignalDelay);
