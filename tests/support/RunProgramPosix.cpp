@@ -41,9 +41,10 @@ std::vector<std::string> EnvironmentOf(const ProgramCall& call) {
     std::vector<std::string> texts;
     for (char** text = environ; *text != nullptr; ++text)
         texts.emplace_back(*text);
-    for (const auto& [name, value] : changes) {
-        std::erase_if(texts, [&](const std::string& text) { return text.starts_with(name + "="); });
-        texts.push_back(name + "=" + value);
+    for (const auto& change : changes) {
+        std::string text = change.first + "=";
+        std::erase_if(texts, [&](const std::string& other) { return other.starts_with(text); });
+        texts.push_back(text += change.second);
     }
     return texts;
 }
