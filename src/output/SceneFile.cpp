@@ -16,7 +16,7 @@ template <class Record> bool WriteRecord(OutputFile& file, const Record& record)
 }
 
 // In parts, since one write takes less than 4 GB.
-template <class Element> bool WriteArray(OutputFile& file, const std::vector<Element>& elements) {
+template <class Element> bool WriteArray(OutputFile& file, std::span<Element> elements) {
     constexpr size_t most = (size_t{1} << 30) / sizeof(Element);
     for (size_t first = 0; first < elements.size(); first += most) {
         const size_t count = std::min(elements.size() - first, most);
