@@ -10,7 +10,7 @@ fail() {
 save_scripts() {
     awk '/^```/ { inside = !inside; line = 0; file = ""; next }
         inside && ++line == 1 { first = $0 }
-        inside && line == 2 && first ~ /^#!/ { file = $2; print first >file }
+        inside && line == 2 && first ~ /^#!/ { file = $2; sub(":$", "", file); print first >file }
         file { print >file }' "$repository/docs/many-models.md"
 }
 
@@ -24,11 +24,12 @@ recipe() {
         END { exit !found }' "$repository/docs/many-models.md" || fail "no recipe $*"
 }
 
-hostile="-rf 'a\" \$(touch expanded) {} {#};	* ü & house.json"
+hostile=$'-rf \'a" $(touch expanded) {} {#};\t* ü & house.json'
 
-# Makes the folder models and the programs that the recipes find: orvane keeps a list of the models in converted.txt and
-# is killed by one of them.
+# Makes the folder models anew, removes what recipes made of it except their scripts, and puts an orvane before all
+# others that adds each model to converted.txt and is killed by one of them.
 make_collection() {
+    rm -rf models scenes logs slices tasks models.txt* outcome.tsv converted.txt
     mkdir -p bin "models/new houses" models/.hidden
     cat >bin/orvane <<END
 #!/bin/bash
@@ -59,11 +60,6 @@ END
         printf '13\tempty.json\n137\tkilling.json\n'
         printf "10\t%s\n" no-pictures-here.json "new houses/it's broken.json"
     } >expected.tsv
-}
-
-# Removes everything that the recipes make except their scripts.
-start_anew() {
-    rm -rf scenes logs slices tasks models.txt* outcome.tsv converted.txt
 }
 
 # Mends one of the failed models, for a check_retry afterwards.
