@@ -75,7 +75,7 @@ check_outcomes() {
     local model
     diff <(sort expected.tsv) <(sort outcome.tsv) >&2 || fail "$1: these outcomes differ"
     while IFS= read -r model; do
-        scene-inspect "scenes/$model.bin" >summary.txt || fail "$1: $model: $(cat summary.txt)"
+        scene-inspect "scenes/$model.bin" >summary.txt 2>&1 || fail "$1: $model: $(cat summary.txt)"
         iconv -f UTF-16 -t UTF-8 "logs/$model.log" | grep -q '^Success' || fail "$1: the log of $model"
     done < <(sed -n 's/^0\t//p' expected.tsv)
     [ ! -e expanded ] || fail "$1: a name was taken for a command"
