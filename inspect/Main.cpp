@@ -190,6 +190,9 @@ int Main() {
     if (options.WantsHelp) {
         return Print(UsageText(), Sound);
     }
+    if (options.WantsVersion) {
+        return Print(VersionText(), Sound);
+    }
     try {
         return Run(options);
     } catch (const std::bad_alloc&) {

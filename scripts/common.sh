@@ -27,6 +27,7 @@ bench_packages=(libbenchmark-dev gltfpack assimp-utils)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev)
 wine_packages=(wine wine64)
 package_packages=(dpkg-dev file zip unzip)
+package_test_packages=(lintian mandoc man-db)
 
 # Configures and builds a preset of CMakePresets.json: build PRESET [CMAKE_OPTION...].
 build() {
