@@ -26,6 +26,7 @@ test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel
 bench_packages=(libbenchmark-dev gltfpack assimp-utils)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev)
 wine_packages=(wine wine64)
+cluster_packages=(parallel munge slurmctld slurmd slurm-client openssh-server openssh-client)
 package_packages=(dpkg-dev file zip unzip)
 package_test_packages=(lintian mandoc man-db)
 
