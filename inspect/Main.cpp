@@ -15,6 +15,7 @@
 #include "platform/Files.h"
 #include "platform/Main.h"
 #include "platform/Platform.h"
+#include "platform/ProgressLine.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -57,8 +58,9 @@ std::u16string SummaryWords(const SceneSummary& summary, Report kind) {
 }
 
 // Reads the file part by part, without the scene in memory.
-int ReportPartByPart(const Options& options) {
+int ReportPartByPart(const Options& options, ProgressLine& progress) {
     SceneReading reading = ReadingOfFile(options.File);
+    reading.Progress = &progress;
     std::u16string text;
     if (options.Kind == Report::Tree) {
         TreeText(reading, text);
@@ -67,6 +69,7 @@ int ReportPartByPart(const Options& options) {
         SummarizeParts(reading, summary);
         text = SummaryWords(summary, options.Kind);
     }
+    EraseProgress(progress);
     if (reading.Fault) {
         return ReportFault(options.File, *reading.Fault, options.Kind);
     }
@@ -138,9 +141,18 @@ std::u16string TextureDirectory(const Options& options) {
                                                            : options.TextureDirectory + u"/";
 }
 
+// Announces what can take long without a sign of life.
+void Announce(ProgressLine& progress, const char* what, uint64_t triangles) {
+    constexpr uint64_t leastAnnounced = 500000;
+    if (triangles >= leastAnnounced) {
+        ShowProgress(progress, std::string(what) + std::to_string(triangles) + " triangles");
+    }
+}
+
 // Writes the binary glTF file and the picture, if requested.
-int WriteOutputs(const Options& options, const StoredScene& scene) {
-    if (const uint64_t count = Summarize(scene).NodesWithMatrix; count != 0) {
+int WriteOutputs(const Options& options, const StoredScene& scene, ProgressLine& progress) {
+    const SceneSummary summary = Summarize(scene);
+    if (const uint64_t count = summary.NodesWithMatrix; count != 0) {
         PrintError(options.File + u": " + Counted(count, u"matrix", u"matrices") +
                    u" other than the identity not applied");
     }
@@ -148,11 +160,14 @@ int WriteOutputs(const Options& options, const StoredScene& scene) {
     textures.Directory = TextureDirectory(options);
     bool written = true;
     if (!options.GltfFile.empty()) {
+        Announce(progress, "Exporting: ", summary.Triangles);
         written = WriteGltf(options, scene, textures);
     }
     if (!options.PictureFile.empty()) {
+        Announce(progress, "Drawing: ", summary.Triangles);
         written = WriteDrawing(options, scene, textures) && written;
     }
+    EraseProgress(progress);
     for (const std::u16string& warning : textures.Warnings) {
         PrintError(options.File + u": " + warning);
     }
@@ -161,19 +176,23 @@ int WriteOutputs(const Options& options, const StoredScene& scene) {
 
 // Opens the file once, because a pipe delivers its bytes only once.
 int Run(const Options& options) {
+    ProgressLine progress;
+    StartProgress(progress);
     const bool wantsOutput = !options.GltfFile.empty() || !options.PictureFile.empty();
     if (options.Kind != Report::Differences && !wantsOutput) {
-        return ReportPartByPart(options);
+        return ReportPartByPart(options, progress);
     }
     StoredScene scene;
-    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
+    const auto fault = ReadStoredSceneFile(options.File, scene, &progress);
+    EraseProgress(progress);
+    if (fault) {
         return ReportFault(options.File, *fault, options.Kind);
     }
     const int reported = ReportScene(options, scene);
     if (reported == NotSound || !wantsOutput) {
         return reported;
     }
-    const int written = WriteOutputs(options, scene);
+    const int written = WriteOutputs(options, scene, progress);
     return written == Sound ? reported : written;
 }
 
@@ -189,6 +208,9 @@ int Main() {
     }
     if (options.WantsHelp) {
         return Print(UsageText(), Sound);
+    }
+    if (options.WantsVersion) {
+        return Print(VersionText(), Sound);
     }
     try {
         return Run(options);

@@ -67,6 +67,8 @@ void TakeOption(Parsing& parsing, const std::u16string& option, Options& options
     parsing.Seen.push_back(option);
     if (option == u"--help") {
         options.WantsHelp = true;
+    } else if (option == u"--version") {
+        options.WantsVersion = true;
     } else if (option == u"--tree") {
         SetReport(parsing, Report::Tree, options);
     } else if (option == u"--json") {
@@ -133,7 +135,7 @@ std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Option
             parsing.Wrong = u"more than one scene file is given";
         }
     }
-    if (parsing.Wrong.empty() && !options.WantsHelp) {
+    if (parsing.Wrong.empty() && !options.WantsHelp && !options.WantsVersion) {
         CheckTogether(parsing, options);
     }
     return parsing.Wrong;
@@ -154,7 +156,12 @@ std::u16string UsageText() {
            u"  --textures DIR  looks for the textures in DIR instead of beside FILE\n"
            u"Help:\n"
            u"  --help          prints this text\n"
+           u"  --version       prints the name and the version of the program\n"
            u"\n"
            u"Exit codes: 0 sound, 1 not sound, 2 wrong usage, 3 --diff found a difference,\n"
            u"4 an output could not be written, or memory ran out.\n";
+}
+
+std::u16string VersionText() {
+    return u"scene-inspect " ORVANE_VERSION u"\n";
 }

@@ -10,6 +10,7 @@ enum class Report { Summary, Tree, Json, Differences };
 
 struct Options {
     bool WantsHelp = false;
+    bool WantsVersion = false;
     Report Kind = Report::Summary;
     std::u16string File;
     std::u16string Other; // The file to compare with. Empty for none, as below.
@@ -24,5 +25,6 @@ struct Options {
 // or the other output.
 std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Options& options);
 
-// Several lines, each with a final LF.
+// Lines, each with a final LF.
 std::u16string UsageText();
+std::u16string VersionText();

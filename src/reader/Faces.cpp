@@ -168,6 +168,16 @@ bool KeepsOrder(const Vertex& a, const Vertex& b, const Vertex& c, const Vec3& p
     return (n.Y * p.Y + n.X * p.X) + n.Z * p.Z < 0.0f;
 }
 
+// Called between faces, with the vertices of the last one.
+void ShowFaces(ModelImporter& importer, uint64_t done, uint64_t all, uint64_t vertices) {
+    if (IsProgressDue(importer.Progress, 1 + vertices)) {
+        ShowProgress(importer.Progress, "Reading: " + std::to_string(importer.FacesRead) +
+                                            " faces, here " + std::to_string(done) + " of " +
+                                            std::to_string(all));
+    }
+    ++importer.FacesRead;
+}
+
 } // namespace
 
 void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, PolygonList& polygons,
@@ -198,8 +208,11 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
         return;
     }
     SideMesh mesh; // reused for all sides, for its memory
-    for (const FaceHandle face :
-         ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead)) {
+    const ClearedArray<FaceHandle> faces =
+        ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead);
+    for (const FaceHandle& face : faces) {
+        ShowFaces(importer, static_cast<uint64_t>(&face - faces.begin()), faces.Count,
+                  mesh.Vertices.size());
         if (IsNull(face) || IsExcludedByLayer(SUFaceToDrawingElement(face))) {
             continue;
         }

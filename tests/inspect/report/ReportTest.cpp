@@ -153,6 +153,7 @@ TEST(InspectReport, ReturnsAnExitCodePerOutcome) {
         {u"--tree a.bin", 0, "0: 1 mesh", ""},
         {u"--json a.bin", 0, "{\n  \"sound\": true", ""},
         {u"--help", 0, "Usage:", ""},
+        {u"--version", 0, "scene-inspect 1.", ""},
         {u"short.bin", 1, "", "short.bin: at byte 654: index array: 12 bytes needed, 11 left\n"},
         {u"--json short.bin", 1, "{\n  \"sound\": false", "short.bin: "},
         {u"--diff short.bin a.bin", 1, "", "short.bin: "},
