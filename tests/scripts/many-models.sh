@@ -36,7 +36,8 @@ check_retry "one machine"
 
 # A model that comes later, and a list beside the first one.
 cp models/house.json models/later.json
-echo later.json >>models.txt
+bash list.sh
+[ "$(tail -n 1 models.txt), line $(wc -l <models.txt)" = "later.json, line 10" ] || fail "the list: $(cat models.txt)"
 echo house.obj >other.txt
 bash convert.sh models.txt --resume || true
 bash convert.sh other.txt || fail "convert.sh ends with $? though the model converts"
