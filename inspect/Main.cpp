@@ -13,9 +13,9 @@
 #include "picture/PngWriter.h"
 #include "platform/Bytes.h"
 #include "platform/Files.h"
-#include "platform/Main.h"
 #include "platform/Platform.h"
 #include "platform/ProgressLine.h"
+#include "platform/entry/Main.h"
 
 #include <cerrno>
 #include <cstdio>

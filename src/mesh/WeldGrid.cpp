@@ -63,7 +63,7 @@ void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count) {
     box = b;
 }
 
-WeldGrid MakeWeldGrid(const std::vector<Vertex>& vertices, float tolerance) {
+WeldGrid MakeWeldGrid(std::span<const Vertex> vertices, float tolerance) {
     BoundingBox box = EmptyBox;
     ComputeBounds(box, vertices.data(), static_cast<int32_t>(vertices.size()));
     return {.X = MakeAxis(box.Min.X, box.Max.X, CellsX, tolerance),
