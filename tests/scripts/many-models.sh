@@ -25,7 +25,7 @@ bash list.sh
 bash convert-and-count.sh >counts.txt || fail "the recipe ended with $?"
 check_outcomes "one machine"
 [ "$(tr -s ' \n' ' ' <counts.txt)" = " 5 0 2 10 1 13 1 137 " ] || fail "counts: $(cat counts.txt)"
-grep -q $'^no-pictures-here.json\t.*missing.png' models.txt.errors || fail "the library's reason isn't in models.txt.errors"
+grep -q $'^no-pictures-here.json\t.*missing.png' models.txt.errors || fail "reasons: $(cat models.txt.errors)"
 cmp scenes/house.json.bin "scenes/new houses/house.json.bin" || fail "the two houses differ"
 [ -s "logs/new houses/it's broken.json.log" ] || fail "no log of the broken model"
 
@@ -36,7 +36,8 @@ check_retry "one machine"
 
 # A model that comes later, and a list beside the first one.
 cp models/house.json models/later.json
-echo later.json >>models.txt
+bash list.sh
+[ "$(tail -n 1 models.txt), line $(wc -l <models.txt)" = "later.json, line 10" ] || fail "the list: $(cat models.txt)"
 echo house.obj >other.txt
 bash convert.sh models.txt --resume || true
 bash convert.sh other.txt || fail "convert.sh ends with $? though the model converts"

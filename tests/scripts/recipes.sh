@@ -47,7 +47,7 @@ END
     cp models/house.json "models/$hostile"
     # Names that differ in the extension alone, for models of different extents.
     printf 'v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n' >models/house.obj
-    printf 'ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n2 0 0\n0 2 0\n3 0 1 2\n' >models/house.PLY
+    printf 'OFF\n3 1 0\n0 0 0\n2 0 0\n0 2 0\n3 0 1 2\n' >models/house.OFF
     echo '{ "orvaneModel": 1 }' >models/empty.json
     echo '{ "orvaneModel": 1, ' >"models/new houses/it's broken.json"
     sed 's/brick\.png/missing.png/' models/house.json >models/no-pictures-here.json
@@ -56,7 +56,7 @@ END
     cp models/house.json models/.hidden
 
     {
-        printf '0\t%s\n' "$hostile" house.PLY house.json house.obj 'new houses/house.json'
+        printf '0\t%s\n' "$hostile" house.OFF house.json house.obj 'new houses/house.json'
         printf '13\tempty.json\n137\tkilling.json\n'
         printf "10\t%s\n" no-pictures-here.json "new houses/it's broken.json"
     } >expected.tsv
@@ -75,11 +75,11 @@ check_outcomes() {
     local model
     diff <(sort expected.tsv) <(sort outcome.tsv) >&2 || fail "$1: these outcomes differ"
     while IFS= read -r model; do
-        scene-inspect "scenes/$model.bin" >summary.txt || fail "$1: $model: $(cat summary.txt)"
+        scene-inspect "scenes/$model.bin" >summary.txt 2>&1 || fail "$1: $model: $(cat summary.txt)"
         iconv -f UTF-16 -t UTF-8 "logs/$model.log" | grep -q '^Success' || fail "$1: the log of $model"
     done < <(sed -n 's/^0\t//p' expected.tsv)
     [ ! -e expanded ] || fail "$1: a name was taken for a command"
-    if cmp -s scenes/house.obj.bin scenes/house.PLY.bin; then
+    if cmp -s scenes/house.obj.bin scenes/house.OFF.bin; then
         fail "$1: models that differ in the extension alone share a scene file"
     fi
 }
