@@ -12,7 +12,10 @@
 
 #include "platform/Platform.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace {

@@ -67,9 +67,9 @@ function swatch(fact, material, addressOf) {
   const made = element("span", { className: "swatch" });
   if (material.isMissing) {
     made.classList.add("missing");
-    made.textContent = "?";
+    made.append(element("b", { textContent: "?" }));
   } else if (material.picture !== null) {
-    made.append(element("img", { src: addressOf(material.picture), alt: "", loading: "lazy" }));
+    made.append(element("img", { src: addressOf(material.picture), alt: "" }));
   } else {
     const [red, green, blue, alpha] = fact.color.map((part) => Math.round(part * 255));
     const colour = element("i");

@@ -19,14 +19,16 @@ import { createView } from "./camera.js";
 import { meshesBelow } from "./data.js";
 import { createSurfaces, normalizePositions } from "./surfaces.js";
 
-// Above these, movements aren't animated, and nothing casts a shadow.
-const MOST_ANIMATED = 150_000; // Triangles.
-const MOST_SHADOWED = 600_000;
+// Triangles above which movements aren't animated, nothing casts a shadow, and edges aren't smoothed, so that large
+// scenes open without a GPU, too.
+const MOST_ANIMATED = 150_000;
+const MOST_SHADOWED = 400_000;
+const MOST_SMOOTHED = 400_000;
 const CHOSEN_COLOUR = 0x2f81f7;
 const SUN = new Vector3(-0.75, 1.5, 0.9);
 
-function createRenderer(canvas) {
-  const attributes = { alpha: true, antialias: true, powerPreference: "high-performance" };
+function createRenderer(canvas, antialias) {
+  const attributes = { alpha: true, antialias, powerPreference: "high-performance" };
   const context = canvas.getContext("webgl2", attributes);
   if (!context) {
     return null;
@@ -34,7 +36,6 @@ function createRenderer(canvas) {
   const renderer = new WebGLRenderer({ canvas, context, ...attributes });
   renderer.setPixelRatio(Math.min(devicePixelRatio, 2));
   renderer.setClearColor(0x000000, 0);
-  renderer.info.autoReset = true;
   return renderer;
 }
 
@@ -149,7 +150,9 @@ function setShown(view, part, isShown) {
 
 function fit(view) {
   const { clientWidth: width, clientHeight: height } = view.canvas;
-  if (width > 0 && height > 0) {
+  const isNew = width !== view.width || height !== view.height;
+  if (width > 0 && height > 0 && isNew) {
+    Object.assign(view, { width, height });
     view.renderer.setSize(width, height, false);
     view.camera.setSize(width, height);
     view.requestDraw();
@@ -157,14 +160,25 @@ function fit(view) {
 }
 
 function draw(view) {
+  cancelAnimationFrame(view.requested);
   view.requested = 0;
   view.camera.fitPlanes();
   view.renderer.render(view.stage, view.camera.camera);
 }
 
+// Kept when the GPU, or what takes its place, has done all that it was told.
+async function drawn(context) {
+  const fence = context.fenceSync(context.SYNC_GPU_COMMANDS_COMPLETE, 0);
+  context.flush();
+  while (!context.isContextLost() && context.clientWaitSync(fence, 0, 0) === context.TIMEOUT_EXPIRED) {
+    await new Promise((resolve) => setTimeout(resolve, 10));
+  }
+  context.deleteSync(fence);
+}
+
 // Returns null without WebGL 2. The promise is kept when the first picture is complete.
 export async function createStage(canvas, data) {
-  const renderer = createRenderer(canvas);
+  const renderer = createRenderer(canvas, data.facts.triangles <= MOST_SMOOTHED);
   if (!renderer) {
     return null;
   }
@@ -188,8 +202,7 @@ export async function createStage(canvas, data) {
   fit(view);
   view.camera.frameFirst(whole);
   draw(view);
-  const context = renderer.getContext();
-  context.readPixels(0, 0, 1, 1, context.RGBA, context.UNSIGNED_BYTE, new Uint8Array(4));
+  await drawn(renderer.getContext());
   new ResizeObserver(() => fit(view)).observe(canvas);
   return {
     frameAll: () => view.camera.frameAll(whole, view.isSlow),

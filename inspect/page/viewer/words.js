@@ -5,10 +5,12 @@ export const counted = (value, one, several) => `${count(value)} ${value === 1 ?
 
 // A length with as many digits as one reads.
 export function length(value) {
-  if (value !== 0 && (Math.abs(value) >= 1e7 || Math.abs(value) < 1e-3)) {
-    return value.toExponential(2);
-  }
-  return value.toLocaleString("en-US", { maximumFractionDigits: Math.abs(value) >= 100 ? 1 : 3 });
+  const size = Math.abs(value);
+  const isExtreme = size !== 0 && (size >= 1e7 || size < 1e-3);
+  const digits = isExtreme
+    ? size.toExponential(2)
+    : size.toLocaleString("en-US", { maximumFractionDigits: size >= 100 ? 1 : 3 });
+  return (value < 0 ? "−" : "") + digits;
 }
 
 // Characters that would change the order of others, or show nothing, become visible.
