@@ -3,29 +3,38 @@ import { MathUtils, PerspectiveCamera, Spherical, Vector3 } from "three";
 import { OrbitControls } from "three/examples/jsm/controls/OrbitControls.js";
 
 const FIELD_OF_VIEW = 35; // Degrees, of the shorter side.
-const MARGIN = 1.12;
+const MARGIN = 1.25;
 const FIRST_DIRECTION = new Vector3(0.62, 0.5, 1).normalize();
 const STEP = MathUtils.degToRad(7.5);
 const FRAME_TIME = 350; // Milliseconds.
 
-// The distance from the middle of a box at which all of it is in the picture.
-function distanceFor(camera, box, direction) {
+const cornersOf = ({ min, max }) =>
+  [0, 1, 2, 3, 4, 5, 6, 7].map(
+    (bits) => new Vector3(bits & 1 ? max.x : min.x, bits & 2 ? max.y : min.y, bits & 4 ? max.z : min.z),
+  );
+
+// Where to look, and from how far, so that all of a box is in the middle of the picture.
+function fitBox(camera, box, direction) {
   const right = new Vector3().crossVectors(new Vector3(0, 1, 0), direction).normalize();
   const up = new Vector3().crossVectors(direction, right);
   const tangentUp = Math.tan(MathUtils.degToRad(camera.fov / 2)) / MARGIN;
-  const tangentRight = tangentUp * camera.aspect;
-  const half = box.getSize(new Vector3()).multiplyScalar(0.5);
+  const tangents = [tangentUp * camera.aspect, tangentUp];
+  const target = box.getCenter(new Vector3());
   let distance = 1e-4;
-  for (let corner = 0; corner < 8; ++corner) {
-    const offset = half.clone().multiply(new Vector3(corner & 1 ? 1 : -1, corner & 2 ? 1 : -1, corner & 4 ? 1 : -1));
-    const ahead = offset.dot(direction);
-    distance = Math.max(
-      distance,
-      ahead + Math.abs(offset.dot(right)) / tangentRight,
-      ahead + Math.abs(offset.dot(up)) / tangentUp,
-    );
+  for (let round = 0; round < 4; ++round) {
+    const offsets = cornersOf(box).map((corner) => corner.sub(target));
+    distance = 1e-4;
+    for (const offset of offsets) {
+      const sides = [right, up].map((axis, place) => Math.abs(offset.dot(axis)) / tangents[place]);
+      distance = Math.max(distance, offset.dot(direction) + Math.max(...sides));
+    }
+    // Near corners take more of the picture than far ones.
+    for (const axis of [right, up]) {
+      const places = offsets.map((offset) => offset.dot(axis) / (distance - offset.dot(direction)));
+      target.addScaledVector(axis, ((Math.min(...places) + Math.max(...places)) / 2) * distance);
+    }
   }
-  return distance;
+  return { target, distance };
 }
 
 function setSize(view, width, height) {
@@ -62,8 +71,7 @@ function moveTo(view, target, position, isSlow) {
 }
 
 function frame(view, box, direction, isSlow) {
-  const target = box.getCenter(new Vector3());
-  const distance = distanceFor(view.camera, box, direction);
+  const { target, distance } = fitBox(view.camera, box, direction);
   moveTo(view, target, target.clone().addScaledVector(direction, distance), isSlow);
 }
 
