@@ -23,7 +23,7 @@ for document in "${documents[@]}"; do
     test -s "$folder/linux/scenes/$name.bin"
     test -s "$folder/linux/scenes/$name.html"
 done
-diff -r "$folder/linux" "$folder/windows"
+diff -rq "$folder/linux" "$folder/windows"
 files=$(find "$folder/linux/scenes" "$folder/linux/logs" -type f | wc -l)
 test "$files" -ge 14
 echo "${#documents[@]} documents give the same $files files on both systems."
