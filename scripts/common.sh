@@ -41,6 +41,8 @@ test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel
     rsync strace)
 bench_packages=(libbenchmark-dev gltfpack assimp-utils)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev)
+# Browsers that draw without a GPU, with fonts.
+browser_packages=(chromium firefox-esr xvfb libgl1-mesa-dri fonts-dejavu-core)
 wine_packages=(wine wine64)
 cluster_packages=(parallel munge slurmctld slurmd slurm-client openssh-server openssh-client)
 package_packages=(dpkg-dev file zip unzip)
