@@ -6,6 +6,8 @@
 // directory. The paths of output files have rules of their own in src/run/Paths.h.
 #pragma once
 
+#include "platform/LargeArray.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -21,8 +23,9 @@ struct ReadLimits {
 
 // Replaces bytes with the contents of a file. Returns false if the file can't be opened or read to its
 // end, is a directory, or exceeds the limits; bytes are then unusable. Reads at most LargestSize plus
-// one mebibyte.
+// one mebibyte. A file that can be large is read into a LargeArray.
 bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits = {});
+bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, ReadLimits limits = {});
 
 // Creates or replaces a file. Returns 0, or the error number (errno) if the file can't be opened or not
 // all bytes are written: EIO if the system sets none.

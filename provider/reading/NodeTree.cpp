@@ -201,7 +201,8 @@ bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error) {
             return false;
         }
     }
-    if (model.Positions.size() >= NoIndex || model.Indices.size() >= NoIndex) {
+    if (model.Positions.Count >= NoIndex || model.SinglePositions.Count >= NoIndex ||
+        model.Indices.Count >= NoIndex) {
         error = "there are too many vertices or triangles";
         return false;
     }
