@@ -40,7 +40,7 @@ function transform(...steps) {
 export const makers = {
   'gltfpack -c': pack('-c', '-kv'),
   'gltfpack -cc': pack('-cc', '-kv'),
-  'gltfpack -cc -mi': pack('-cc', '-kv', '-mi'),
+  'gltfpack -cc -mi': pack('-cc', '-kv', '-mi', '-ar', '16'),
   'draco edgebreaker': transform(draco({method: 'edgebreaker'})),
   'draco sequential': transform(draco({method: 'sequential'})),
   'meshopt medium': transform(meshopt({encoder: MeshoptEncoder, level: 'medium'})),
