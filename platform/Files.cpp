@@ -23,9 +23,9 @@ size_t ComponentStart(std::u16string_view path) {
 
 } // namespace
 
-bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits) {
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size_t mostBytes) {
     // Before opening, because opening a pipe without a writer blocks.
-    if (!limits.AllowDevices && (FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
+    if ((FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
         return false;
     }
     const auto close = [](std::FILE* file) {
@@ -37,13 +37,13 @@ bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, Read
     }
     bytes.clear();
     size_t count = ReadStep;
-    while (count == ReadStep && bytes.size() <= limits.LargestSize) {
+    while (count == ReadStep && bytes.size() <= mostBytes) {
         const size_t size = bytes.size();
         bytes.resize(size + ReadStep);
         count = std::fread(bytes.data() + size, 1, ReadStep, file.get());
         bytes.resize(size + count);
     }
-    return std::ferror(file.get()) == 0 && bytes.size() <= limits.LargestSize;
+    return std::ferror(file.get()) == 0 && bytes.size() <= mostBytes;
 }
 
 int WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) {
@@ -74,7 +74,17 @@ std::u16string DirectoryPart(std::u16string_view path) {
     return std::u16string(path.substr(0, ComponentStart(path)));
 }
 
+bool NamesServerOrDevice(std::u16string_view name) {
+    const auto isSeparator = [](char16_t unit) {
+        return unit == u'/' || unit == u'\\';
+    };
+    return name.size() >= 2 && isSeparator(name[0]) && (isSeparator(name[1]) || name[1] == u'?');
+}
+
 std::u16string PathIn(std::u16string_view directory, std::u16string_view name) {
+    if (NamesServerOrDevice(name)) {
+        return {};
+    }
     const bool isAbsolute = name.starts_with(u'/') || name.starts_with(u'\\') || HasDrive(name);
     return isAbsolute ? std::u16string(name) : std::u16string(directory).append(name);
 }
