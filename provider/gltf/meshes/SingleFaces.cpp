@@ -145,7 +145,8 @@ uint32_t FindEqual(SingleFace& face, uint32_t vertex) {
             face.Scratch.Different[next] = bits;
             return next;
         }
-        if (face.Scratch.Different[other] == bits) {
+        const VertexBits& old = face.Scratch.Different[other];
+        if (((old[0] ^ bits[0]) | (old[1] ^ bits[1]) | (old[2] ^ bits[2]) | (old[3] ^ bits[3])) == 0) {
             return other;
         }
     }
@@ -201,6 +202,17 @@ void KeepThreeVertices(SingleFace& face, std::span<const uint32_t> triangles) {
     }
 }
 
+// How far ahead of its use a vertex is loaded: the triangles of one axis are scattered over the file.
+constexpr size_t TrianglesAhead = 8;
+
+void Prefetch(const SingleFace& face, uint32_t vertex) {
+    __builtin_prefetch(face.Vertices.Positions.Bytes + vertex * face.Vertices.Positions.Stride);
+    __builtin_prefetch(face.Vertices.Normals.Bytes + vertex * face.Vertices.Normals.Stride);
+    if (face.Vertices.Coordinates.Bytes != nullptr) {
+        __builtin_prefetch(face.Vertices.Coordinates.Bytes + vertex * face.Vertices.Coordinates.Stride);
+    }
+}
+
 // Appends the triangles as a face with the normal and the vertices that they use.
 void AddPart(SingleFace& face, Point3 normal, std::span<const uint32_t> triangles, uint32_t surface) {
     Model& model = face.Output;
@@ -217,8 +229,11 @@ void AddPart(SingleFace& face, Point3 normal, std::span<const uint32_t> triangle
                          static_cast<uint32_t>(3 * triangles.size())};
     ClearSlots(face, 3 * triangles.size());
     uint32_t* index = model.Indices.Append(3 * triangles.size());
-    for (const uint32_t triangle : triangles) {
-        const uint32_t* corners = &face.Triangles.Corners[3 * size_t{triangle}];
+    for (size_t i = 0; i < triangles.size(); ++i) {
+        const uint32_t* corners = &face.Triangles.Corners[3 * size_t{triangles[i]}];
+        if (i + TrianglesAhead < triangles.size()) {
+            Prefetch(face, face.Triangles.Corners[3 * size_t{triangles[i + TrianglesAhead]}]);
+        }
         for (size_t corner = 0; corner < 3; ++corner) {
             *index++ = PlaceVertex(face, corners[corner]);
         }
