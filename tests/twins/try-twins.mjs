@@ -57,7 +57,7 @@ function differences(original, other, allowed) {
 }
 
 const counts = {files: 0, refused: 0, compared: 0, agree: 0, explained: 0, faults: 0};
-const used = new Set();
+const times = new Map(); // that each explanation was needed
 
 function conclude(file, by, found) {
   ++counts.compared;
@@ -66,7 +66,7 @@ function conclude(file, by, found) {
     ++counts.agree;
   } else if (row !== undefined) {
     ++counts.explained;
-    used.add(row);
+    times.set(row, (times.get(row) ?? 0) + 1);
   } else {
     ++counts.faults;
     console.log(`FAULT: ${file}, ${by}: ${found.join(', ')}`);
@@ -106,8 +106,8 @@ for (const file of files) {
     await tryTwin(file, original.triangles, maker);
   }
 }
-for (const row of explained.filter(candidate => used.has(candidate))) {
-  console.log(`explained: ${row.file}: ${row.what}, because ${row.why}`);
+for (const [row, count] of times) {
+  console.log(`explained: ${row.file}: ${row.what} (${count}), because ${row.why}`);
 }
 console.log(`${counts.files} files, of which orvane refuses ${counts.refused}; ${counts.compared} comparisons: ` +
   `${counts.agree} agree, ${counts.explained} are explained, ${counts.faults} faults`);
