@@ -186,7 +186,8 @@ void Write(benchmark::State& state) {
     const auto writeScene = [&] {
         OutputFile file;
         file.Open(scene.u16string());
-        if (!WriteScene(file, root, materials)) {
+        ProgressLine progress;
+        if (!WriteScene(file, root, materials, progress)) {
             std::abort();
         }
     };

@@ -2,6 +2,7 @@
 #include "inspect/Options.h"
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/gltf/GltfExport.h"
+#include "inspect/page/PageExport.h"
 #include "inspect/report/SceneDiff.h"
 #include "inspect/report/SceneJson.h"
 #include "inspect/report/SceneSummary.h"
@@ -13,8 +14,9 @@
 #include "picture/PngWriter.h"
 #include "platform/Bytes.h"
 #include "platform/Files.h"
-#include "platform/Main.h"
 #include "platform/Platform.h"
+#include "platform/ProgressLine.h"
+#include "platform/entry/Main.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -57,8 +59,9 @@ std::u16string SummaryWords(const SceneSummary& summary, Report kind) {
 }
 
 // Reads the file part by part, without the scene in memory.
-int ReportPartByPart(const Options& options) {
+int ReportPartByPart(const Options& options, ProgressLine& progress) {
     SceneReading reading = ReadingOfFile(options.File);
+    reading.Progress = &progress;
     std::u16string text;
     if (options.Kind == Report::Tree) {
         TreeText(reading, text);
@@ -67,6 +70,7 @@ int ReportPartByPart(const Options& options) {
         SummarizeParts(reading, summary);
         text = SummaryWords(summary, options.Kind);
     }
+    EraseProgress(progress);
     if (reading.Fault) {
         return ReportFault(options.File, *reading.Fault, options.Kind);
     }
@@ -96,7 +100,7 @@ int ReportScene(const Options& options, const StoredScene& scene) {
                  Sound);
 }
 
-// False if the file can't be written in full; the same for the next two.
+// False if the file can't be written in full; the same for the three below.
 bool WriteOutput(const std::u16string& path, std::string_view bytes) {
     const int reason = WriteWholeFile(path, BytesOfText(bytes));
     if (reason != 0) {
@@ -105,17 +109,31 @@ bool WriteOutput(const std::u16string& path, std::string_view bytes) {
     return reason == 0;
 }
 
+void WarnOfTriangles(const Options& options, uint64_t count, const std::u16string& output) {
+    if (count != 0) {
+        PrintError(options.File + u": " + Counted(count, u"triangle", u"triangles") +
+                   u" with non-finite numbers omitted from " + output);
+    }
+}
+
 bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& textures) {
     const GltfFile gltf = ExportGltf(scene, textures);
-    if (gltf.TrianglesLeftOut != 0) {
-        PrintError(options.File + u": " + Counted(gltf.TrianglesLeftOut, u"triangle", u"triangles") +
-                   u" with non-finite numbers omitted from " + options.GltfFile);
-    }
+    WarnOfTriangles(options, gltf.TrianglesLeftOut, options.GltfFile);
     if (gltf.Bytes.empty()) {
         PrintError(options.GltfFile + u": the scene exceeds the limit of binary glTF, 4 GiB");
         return false;
     }
     return WriteOutput(options.GltfFile, gltf.Bytes);
+}
+
+bool WritePage(const Options& options, const StoredScene& scene, TextureShelf& textures) {
+    const PageFile page = ExportPage(scene, textures, LastComponent(options.File));
+    if (page.Bytes.empty()) {
+        PrintError(options.PageFile + u": " + page.Reason);
+        return false;
+    }
+    WarnOfTriangles(options, page.TrianglesLeftOut, options.PageFile);
+    return WriteOutput(options.PageFile, page.Bytes);
 }
 
 bool WriteDrawing(const Options& options, const StoredScene& scene, TextureShelf& textures) {
@@ -138,9 +156,18 @@ std::u16string TextureDirectory(const Options& options) {
                                                            : options.TextureDirectory + u"/";
 }
 
-// Writes the binary glTF file and the picture, if requested.
-int WriteOutputs(const Options& options, const StoredScene& scene) {
-    if (const uint64_t count = Summarize(scene).NodesWithMatrix; count != 0) {
+// Announces what can take long without a sign of life.
+void Announce(ProgressLine& progress, const char* what, uint64_t triangles) {
+    constexpr uint64_t leastAnnounced = 500000;
+    if (triangles >= leastAnnounced) {
+        ShowProgress(progress, std::string(what) + std::to_string(triangles) + " triangles");
+    }
+}
+
+// Writes the binary glTF file, the picture and the page, if requested.
+int WriteOutputs(const Options& options, const StoredScene& scene, ProgressLine& progress) {
+    const SceneSummary summary = Summarize(scene);
+    if (const uint64_t count = summary.NodesWithMatrix; count != 0) {
         PrintError(options.File + u": " + Counted(count, u"matrix", u"matrices") +
                    u" other than the identity not applied");
     }
@@ -148,11 +175,18 @@ int WriteOutputs(const Options& options, const StoredScene& scene) {
     textures.Directory = TextureDirectory(options);
     bool written = true;
     if (!options.GltfFile.empty()) {
+        Announce(progress, "Exporting: ", summary.Triangles);
         written = WriteGltf(options, scene, textures);
     }
     if (!options.PictureFile.empty()) {
+        Announce(progress, "Drawing: ", summary.Triangles);
         written = WriteDrawing(options, scene, textures) && written;
     }
+    if (!options.PageFile.empty()) {
+        Announce(progress, "Making the page: ", summary.Triangles);
+        written = WritePage(options, scene, textures) && written;
+    }
+    EraseProgress(progress);
     for (const std::u16string& warning : textures.Warnings) {
         PrintError(options.File + u": " + warning);
     }
@@ -161,19 +195,24 @@ int WriteOutputs(const Options& options, const StoredScene& scene) {
 
 // Opens the file once, because a pipe delivers its bytes only once.
 int Run(const Options& options) {
-    const bool wantsOutput = !options.GltfFile.empty() || !options.PictureFile.empty();
+    ProgressLine progress;
+    StartProgress(progress);
+    const bool wantsOutput =
+        !options.GltfFile.empty() || !options.PictureFile.empty() || !options.PageFile.empty();
     if (options.Kind != Report::Differences && !wantsOutput) {
-        return ReportPartByPart(options);
+        return ReportPartByPart(options, progress);
     }
     StoredScene scene;
-    if (const auto fault = ReadStoredSceneFile(options.File, scene)) {
+    const auto fault = ReadStoredSceneFile(options.File, scene, &progress);
+    EraseProgress(progress);
+    if (fault) {
         return ReportFault(options.File, *fault, options.Kind);
     }
     const int reported = ReportScene(options, scene);
     if (reported == NotSound || !wantsOutput) {
         return reported;
     }
-    const int written = WriteOutputs(options, scene);
+    const int written = WriteOutputs(options, scene, progress);
     return written == Sound ? reported : written;
 }
 
@@ -189,6 +228,9 @@ int Main() {
     }
     if (options.WantsHelp) {
         return Print(UsageText(), Sound);
+    }
+    if (options.WantsVersion) {
+        return Print(VersionText(), Sound);
     }
     try {
         return Run(options);

@@ -48,6 +48,9 @@ std::FILE* OpenForReading(const std::u16string& path);
 // for a file, or InvalidAttributes.
 uint32_t FileAttributes(const std::u16string& path);
 
+// Bytes of a file; 0 if it can't be examined.
+uint64_t SizeOfFile(const std::u16string& path);
+
 // Whether two paths name the same file: their resolved names are equal, or both exist, have more than
 // one hard link each, and agree in device and file number. Throws only if memory runs out.
 //
@@ -74,6 +77,9 @@ int PrintToStandardOutput(std::u16string_view text);
 
 // The same for bytes, unchanged if standard output is in binary mode.
 int PrintBytes(std::string_view bytes);
+
+// Whether standard error is a terminal or a console.
+bool ErrorOutputIsTerminal();
 
 // Returns errno after a failed call, or EIO if the call didn't set it. Expects that errno was 0 before
 // the call.

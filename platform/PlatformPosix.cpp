@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -204,6 +205,11 @@ uint32_t FileAttributes(const std::u16string& path) {
     return S_ISREG(status.st_mode) ? 0 : DeviceAttribute;
 }
 
+uint64_t SizeOfFile(const std::u16string& path) {
+    struct stat status = {};
+    return stat(SystemPath(path).c_str(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+}
+
 bool NameOneFile(const std::u16string& a, const std::u16string& b) {
     const std::string first = SystemPath(a);
     const std::string second = SystemPath(b);
@@ -226,4 +232,8 @@ std::string AnsiFromUtf16(std::u16string_view text) {
 
 int PrintToStandardOutput(std::u16string_view text) {
     return PrintBytes(Utf8FromUtf16(text));
+}
+
+bool ErrorOutputIsTerminal() {
+    return isatty(STDERR_FILENO) != 0;
 }

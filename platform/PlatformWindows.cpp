@@ -170,7 +170,18 @@ std::FILE* OpenForReading(const std::u16string& path) {
 }
 
 uint32_t FileAttributes(const std::u16string& path) {
-    return GetFileAttributesW(SystemName(path).c_str());
+    // Names such as CON and AUX.png are devices in every directory. Opened, they can wait forever.
+    return SpelledName(Wide(path)).starts_with(LR"(\\.\)")
+               ? DeviceAttribute
+               : GetFileAttributesW(SystemName(path).c_str());
+}
+
+uint64_t SizeOfFile(const std::u16string& path) {
+    BY_HANDLE_FILE_INFORMATION information = {};
+    constexpr int bitsOfLow = 32;
+    return Examine(SystemName(path), information)
+               ? uint64_t{information.nFileSizeHigh} << bitsOfLow | information.nFileSizeLow
+               : 0;
 }
 
 bool NameOneFile(const std::u16string& a, const std::u16string& b) {
@@ -205,4 +216,10 @@ int PrintToStandardOutput(std::u16string_view text) {
     // Binary, since text mode would turn CR LF into CR CR LF.
     _setmode(_fileno(stdout), _O_BINARY);
     return PrintBytes(Utf8FromUtf16(text));
+}
+
+bool ErrorOutputIsTerminal() {
+    HANDLE handle = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    return handle != nullptr && GetConsoleMode(handle, &mode) != 0;
 }

@@ -61,6 +61,18 @@ bool Fail(SceneReading& reading, uint64_t offset, const char16_t* what, const st
     return Fail(reading, offset, what + (u": " + reason));
 }
 
+// Shows the share of a file that is read, if its size is known.
+void ShowShare(SceneReading& reading, size_t bytes) {
+    constexpr size_t bytesPerStep = 256;
+    if (reading.Progress == nullptr || !IsProgressDue(*reading.Progress, 1 + bytes / bytesPerStep)) {
+        return;
+    }
+    const uint64_t size = reading.Size.value_or(0);
+    ShowProgress(*reading.Progress,
+                 size != 0 ? "Reading: " + std::to_string(reading.Position * 100 / size) + " %"
+                           : "Reading: " + std::to_string(reading.Position / 1000000) + " MB");
+}
+
 // Reads up to size bytes and returns their number. Sets the fault if the file can't be read.
 size_t Fetch(SceneReading& reading, void* to, size_t size) {
     size_t got = 0;
@@ -76,6 +88,7 @@ size_t Fetch(SceneReading& reading, void* to, size_t size) {
         std::copy_n(rest.begin(), got, static_cast<uint8_t*>(to));
     }
     reading.Position += got;
+    ShowShare(reading, got);
     return got;
 }
 
@@ -473,7 +486,9 @@ std::optional<SceneFault> ReadStoredScene(std::span<const uint8_t> bytes, Stored
     return ReadAll(reading, scene);
 }
 
-std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene) {
+std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene,
+                                              ProgressLine* progress) {
     SceneReading reading = ReadingOfFile(path);
+    reading.Progress = progress;
     return ReadAll(reading, scene);
 }

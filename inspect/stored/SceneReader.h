@@ -6,6 +6,8 @@
 
 #include "inspect/stored/StoredScene.h"
 
+#include "platform/ProgressLine.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -28,8 +30,9 @@ std::u16string FaultText(const SceneFault& fault);
 std::optional<SceneFault> ReadStoredScene(std::span<const uint8_t> bytes, StoredScene& scene);
 
 // The same for a file. A file that can't be opened or read is a fault too, at the byte up to which it
-// was read.
-std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene);
+// was read. Shows the share that is read, if there is a line for it.
+std::optional<SceneFault> ReadStoredSceneFile(const std::u16string& path, StoredScene& scene,
+                                              ProgressLine* progress = nullptr);
 
 // A scene that is read part by part, for callers that don't need all of it in memory at once. The file
 // is known to be sound only after End.
@@ -42,6 +45,7 @@ struct SceneReading {
     uint64_t Depth = 0;      // Of Node: 1 for the root.
     StoredMesh Mesh;         // Its owner is Node.
     std::optional<SceneFault> Fault;
+    ProgressLine* Progress = nullptr; // Shows the share that is read; null for none.
 
     // The rest is internal to the reader.
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> File = {nullptr, nullptr};

@@ -11,18 +11,50 @@
 
 namespace {
 
+struct SceneWriting {
+    OutputFile& File;
+    const MaterialTable& Materials;
+    ProgressLine& Progress;
+    uint64_t Written = 0; // bytes of arrays, as the next
+    uint64_t All = 0;
+};
+
 template <class Record> bool WriteRecord(OutputFile& file, const Record& record) {
     return file.Write(&record, sizeof record);
 }
 
-// In parts, since one write takes less than 4 GB.
-template <class Element> bool WriteArray(OutputFile& file, std::span<Element> elements) {
-    constexpr size_t most = (size_t{1} << 30) / sizeof(Element);
+template <class Element> uint64_t BytesOf(std::span<Element> elements) {
+    return uint64_t{elements.size()} * sizeof(Element);
+}
+
+uint64_t BytesOfArrays(const SceneNode& node) {
+    uint64_t bytes = 0;
+    for (const SceneMesh* mesh : node.Meshes.Elements) {
+        bytes += BytesOf(mesh->Vertices) + BytesOf(mesh->Indices);
+    }
+    for (const SceneNode* child : node.Children.Elements) {
+        bytes += BytesOfArrays(*child);
+    }
+    return bytes;
+}
+
+void CountWritten(SceneWriting& writing, uint64_t bytes) {
+    writing.Written += bytes;
+    if (IsProgressDue(writing.Progress, bytes)) {
+        ShowProgress(writing.Progress,
+                     "Writing: " + std::to_string(writing.Written * 100 / writing.All) + " %");
+    }
+}
+
+// In parts, since one write takes less than 4 GB, and for the progress.
+template <class Element> bool WriteArray(SceneWriting& writing, std::span<Element> elements) {
+    constexpr size_t most = (size_t{1} << 24) / sizeof(Element);
     for (size_t first = 0; first < elements.size(); first += most) {
-        const size_t count = std::min(elements.size() - first, most);
-        if (!file.Write(elements.data() + first, static_cast<uint32_t>(count * sizeof(Element)))) {
+        const size_t bytes = std::min(elements.size() - first, most) * sizeof(Element);
+        if (!writing.File.Write(elements.data() + first, static_cast<uint32_t>(bytes))) {
             return false;
         }
+        CountWritten(writing, bytes);
     }
     return true;
 }
@@ -73,36 +105,45 @@ void SetNodeName(NodeRecord& record, const std::u16string& name) {
     std::copy_n(bytes.begin(), std::min(bytes.size(), units.size()), record.Name);
 }
 
-} // namespace
-
-bool WriteMesh(const SceneMesh& mesh, OutputFile& file, const MaterialTable& materials) {
-    assert(mesh.MaterialIndex >= 0 && static_cast<size_t>(mesh.MaterialIndex) < materials.Rows.size());
+// Writes one mesh block: mesh and material records, name and texture path of the material, arrays.
+bool WriteMesh(SceneWriting& writing, const SceneMesh& mesh) {
+    const std::vector<MaterialEntry>& rows = writing.Materials.Rows;
+    assert(mesh.MaterialIndex >= 0 && static_cast<size_t>(mesh.MaterialIndex) < rows.size());
     MeshRecord record;
     record.VertexCount = static_cast<int32_t>(mesh.Vertices.size());
     record.TriangleCount = static_cast<int32_t>(mesh.Indices.size()) / 3;
-    const MaterialEntry& entry = materials.Rows[static_cast<size_t>(mesh.MaterialIndex)];
+    const MaterialEntry& entry = rows[static_cast<size_t>(mesh.MaterialIndex)];
+    OutputFile& file = writing.File;
     return WriteRecord(file, record) && WriteRecord(file, MakeMaterialRecord(entry)) &&
            WriteText(file, entry.Name) && WriteText(file, entry.RelativePath) &&
-           WriteArray(file, mesh.Vertices) && WriteZeros(file, mesh.Vertices.size()) &&
-           WriteArray(file, mesh.Indices);
+           WriteArray(writing, mesh.Vertices) && WriteZeros(file, mesh.Vertices.size()) &&
+           WriteArray(writing, mesh.Indices);
 }
 
-bool WriteNode(const SceneNode& node, OutputFile& file, const MaterialTable& materials) {
+// Writes one node block: the node, its meshes, its children.
+bool WriteNode(SceneWriting& writing, const SceneNode& node) {
     NodeRecord record;
     SetNodeName(record, node.Name);
     record.Matrix = node.Matrix;
     record.MeshCount = static_cast<int32_t>(node.Meshes.Elements.size());
     record.ChildCount = static_cast<int32_t>(node.Children.Elements.size());
-    return WriteRecord(file, record) &&
-           std::ranges::all_of(
-               node.Meshes.Elements,
-               [&](const SceneMesh* mesh) { return WriteMesh(*mesh, file, materials); }) &&
-           std::ranges::all_of(node.Children.Elements, [&](const SceneNode* child) {
-               return WriteNode(*child, file, materials);
-           });
+    const auto writeMesh = [&](const SceneMesh* mesh) {
+        return WriteMesh(writing, *mesh);
+    };
+    const auto writeChild = [&](const SceneNode* child) {
+        return WriteNode(writing, *child);
+    };
+    return WriteRecord(writing.File, record) && std::ranges::all_of(node.Meshes.Elements, writeMesh) &&
+           std::ranges::all_of(node.Children.Elements, writeChild);
 }
 
-bool WriteScene(OutputFile& file, const SceneNode& root, const MaterialTable& materials) {
+} // namespace
+
+bool WriteScene(OutputFile& file, const SceneNode& root, const MaterialTable& materials,
+                ProgressLine& progress) {
+    SceneWriting writing = {file, materials, progress};
+    writing.All = progress.IsTerminal ? BytesOfArrays(root) : 0;
+    StartStage(progress);
     // Without the flush a full disk would show only in Close, which ignores errors.
-    return WriteRecord(file, FileHeader()) && WriteNode(root, file, materials) && file.Flush();
+    return WriteRecord(file, FileHeader()) && WriteNode(writing, root) && file.Flush();
 }

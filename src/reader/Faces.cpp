@@ -150,6 +150,16 @@ void ReleaseLarge(SideMesh& mesh) {
     mesh.Numbers.ReleaseLarge();
 }
 
+// Called between faces, with the vertices of the last one.
+void ShowFaces(ModelImporter& importer, uint64_t done, uint64_t all, uint64_t vertices) {
+    if (IsProgressDue(importer.Progress, 1 + vertices)) {
+        ShowProgress(importer.Progress, "Reading: " + std::to_string(importer.FacesRead) +
+                                            " faces, here " + std::to_string(done) + " of " +
+                                            std::to_string(all));
+    }
+    ++importer.FacesRead;
+}
+
 } // namespace
 
 void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, PolygonList& polygons,
@@ -182,8 +192,11 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
     if (importer.ImportStatus != StatusOk) {
         return;
     }
-    for (const FaceHandle face :
-         ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead)) {
+    const auto faces =
+        ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead);
+    for (const FaceHandle& face : faces) {
+        ShowFaces(importer, static_cast<uint64_t>(&face - faces.begin()), faces.Count,
+                  mesh.Vertices.Count);
         if (IsNull(face) || IsExcludedByLayer(SUFaceToDrawingElement(face))) {
             continue;
         }

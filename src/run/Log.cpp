@@ -35,6 +35,7 @@ void Log(ModelImporter& importer, std::u16string_view format,
     line += u"\r\n";
     // Failures are ignored: the log never makes a run fail.
     importer.LogFile.Write(line.data(), static_cast<uint32_t>(line.size() * sizeof(char16_t)));
+    EraseProgress(importer.Progress);
     PrintToStandardOutput(line);
     importer.LogFile.Flush();
 }

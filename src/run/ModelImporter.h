@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api/Handles.h"
+#include "platform/ProgressLine.h"
 #include "run/MaterialTable.h"
 #include "run/OutputFile.h"
 #include "scene/SceneNode.h"
@@ -37,6 +38,8 @@ struct ModelImporter {
     std::vector<EntitiesHandle> OpenEntities; // the lists being walked, from the model's own down
     uint64_t ListsTooDeep = 0;          // skipped beyond NestingLimit, counted once per path to them
     uint64_t ListsInsideThemselves = 0; // skipped, counted likewise
+    ProgressLine Progress;
+    uint64_t FacesRead = 0; // for Progress
 
     // Initialises the library.
     ModelImporter();

@@ -17,8 +17,7 @@ bool KeepsOrderLiterally(const Vec3& a, const Vec3& b, const Vec3& c, const Vec3
 // sum of the |n_i p_i|, and u = 2^-24 half a unit of the last place. Both ways use the same n.
 //
 // - A square of n above 1e-9 means a length above 3e-5, so both steps scale; one below 1e30, and no
-// |p_i|
-//   above 2, mean that nothing overflows, and that k is at least 1e-15.
+//   |p_i| above 2, mean that nothing overflows, and that k is at least 1e-15.
 // - The definition's result differs from k (n p) by at most 6 u k S for the roundings, and by less than
 //   2^-144 for products too small for a normal float. The sum below differs from n p by at most 3 u S,
 //   and by less than 2^-147.

@@ -2,6 +2,7 @@
 #include "api/SketchUpAPI.h"
 #include "output/Recentre.h"
 #include "platform/Platform.h"
+#include "platform/ProgressLine.h"
 #include "reader/EntityWalk.h"
 #include "reader/LibraryReading.h"
 #include "reader/Materials.h"
@@ -12,6 +13,16 @@
 
 // The first bytes of the log: UTF-16, little-endian.
 static constexpr uint8_t ByteOrderMark[] = {0xFF, 0xFE};
+
+// Opening is one call of the library, so it can only be announced.
+static void AnnounceOpening(ProgressLine& progress, const std::u16string& path) {
+    constexpr uint64_t megabyte = 1000000;
+    constexpr uint64_t leastAnnounced = 20 * megabyte;
+    const uint64_t size = progress.IsTerminal ? SizeOfFile(path) : 0;
+    if (size > leastAnnounced) {
+        ShowProgress(progress, "Opening: " + std::to_string(size / megabyte) + " MB");
+    }
+}
 
 ModelImporter::ModelImporter() {
     SUInitialize();
@@ -27,6 +38,7 @@ RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u
                                   const std::u16string& outputDirectory,
                                   const std::u16string& relativeDirectory,
                                   const std::u16string& logPath) {
+    StartProgress(Progress);
     // A log at the path of the scene file would truncate an earlier scene, and be overwritten.
     if (!NameOneFile(logPath, scenePath)) {
         LogFile.Open(logPath);
@@ -38,6 +50,7 @@ RootHolder* ModelImporter::Import(const std::u16string& sourcePath, const std::u
     Log(*this, MessageImporting, {sourcePath, scenePath});
     TexturePrefix = std::u16string(SplitPath(scenePath).BaseName) + u"_";
 
+    AnnounceOpening(Progress, sourcePath);
     const std::optional<std::string> libraryPath = LibraryPath(sourcePath);
     if (!libraryPath || SUModelCreateFromFile(&Model, libraryPath->c_str()) != 0) {
         Model = {}; // a handle left by the failed call is not released

@@ -1,5 +1,5 @@
 // The program: arguments, directories, the import, the scene file, the exit code.
-#include "platform/Main.h"
+#include "platform/entry/Main.h"
 #include "output/SceneFile.h"
 #include "platform/Platform.h"
 #include "run/Log.h"
@@ -17,10 +17,10 @@ static constexpr int ExitOutOfMemory = 20;
 
 // Writes the whole scene file. An earlier file is truncated only here, after the model has been read.
 static bool WriteSceneFile(const std::u16string& path, const SceneNode& root,
-                           const MaterialTable& materials) {
+                           const MaterialTable& materials, ProgressLine& progress) {
     OutputFile file;
     file.Open(path);
-    return file.Stream != nullptr && WriteScene(file, root, materials);
+    return file.Stream != nullptr && WriteScene(file, root, materials, progress);
 }
 
 // Reports lists that the scene lacks, on standard error because the lines of the log are fixed.
@@ -49,12 +49,13 @@ static int Run(const std::vector<std::u16string>& arguments) {
     ModelImporter importer;
     const RootHolder* holder =
         importer.Import(sourcePath, scenePath, sceneDirectory, relativeDirectory, logPath);
+    EraseProgress(importer.Progress);
     ReportListsLeftOut(importer);
     if (holder == nullptr || importer.ImportStatus != StatusOk) {
         Log(importer, MessageErrorImporting, {sourcePath, importer.ImportStatus});
         return importer.ImportStatus;
     }
-    if (!WriteSceneFile(scenePath, *holder->Root, importer.MaterialTable)) {
+    if (!WriteSceneFile(scenePath, *holder->Root, importer.MaterialTable, importer.Progress)) {
         Log(importer, MessageErrorWriting, {scenePath});
         return StatusSceneNotWritten;
     }

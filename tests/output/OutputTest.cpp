@@ -94,7 +94,8 @@ std::string WriteToBytes(const SceneNode& root, const MaterialTable& materials) 
     {
         OutputFile file;
         file.Open(path.u16string());
-        EXPECT_TRUE(WriteScene(file, root, materials));
+        ProgressLine progress;
+        EXPECT_TRUE(WriteScene(file, root, materials, progress));
     }
     return ReadBytes(path);
 }
@@ -189,12 +190,13 @@ TEST(SceneFile, CutsNodeNamesAt255UnitsOfTheCodePage) {
 
 TEST(SceneFile, ReportsIncompleteWrites) {
     OutputFile closed;
-    EXPECT_FALSE(WriteScene(closed, SceneNode(u""), {}));
+    ProgressLine progress;
+    EXPECT_FALSE(WriteScene(closed, SceneNode(u""), {}, progress));
 #ifdef __linux__
     // A file smaller than the stream's buffer fails at the flush.
     OutputFile full;
     full.Open(u"/dev/full");
     ASSERT_NE(full.Stream, nullptr);
-    EXPECT_FALSE(WriteScene(full, SceneNode(u""), {}));
+    EXPECT_FALSE(WriteScene(full, SceneNode(u""), {}, progress));
 #endif
 }

@@ -51,7 +51,7 @@ bool FindFloats(const PrimitiveSource& source, GltfSemantic semantic, uint32_t s
 
 bool IsPosed(const PrimitiveSource& source, const GltfPose& pose) {
     const size_t targets = std::min(pose.Weights.size(), source.Primitive.Targets.size());
-    return !pose.Joints.empty() ||
+    return pose.Joints != nullptr ||
            std::any_of(pose.Weights.begin(), pose.Weights.begin() + static_cast<ptrdiff_t>(targets),
                        [](double weight) { return weight != 0.0; });
 }

@@ -15,10 +15,11 @@ struct ShapeReading {
     GltfDocument& Document;
     ImportedTree& Tree;
     std::vector<std::string>& Remarks;
-    std::vector<Reach> Reached;    // of each node of the tree, from the scene
-    std::vector<uint32_t> Parents; // of each node of the tree; NoIndex without one
-    // By skin; none if the skin can't be used.
-    std::map<uint32_t, std::vector<Transform>> Joints;
+    std::vector<Reach> Reached;           // of each node of the tree, from the scene
+    std::vector<uint32_t> Parents;        // of each node of the tree; NoIndex without one
+    std::map<uint32_t, Transform> Placed; // of nodes in the scene, as far as asked for
+    // By skin; null if the skin can't be used.
+    std::map<uint32_t, std::shared_ptr<const std::vector<Transform>>> Joints;
     std::map<uint32_t, bool> Skinnable; // by mesh
     std::map<std::tuple<uint32_t, uint32_t, std::vector<double>>, uint32_t> Found;
     std::vector<GltfShape> Shapes;
@@ -49,15 +50,26 @@ void WalkTree(ShapeReading& reading) {
     }
 }
 
-// The placement of a node in the scene. Returns false if it is below itself or nested too deeply.
-bool PlaceInScene(const ShapeReading& reading, uint32_t node, Transform& placement) {
-    placement = IdentityTransform;
-    for (uint32_t depth = 0; node != NoIndex; node = reading.Parents[node]) {
-        if (++depth > DeepestNesting) {
+// The placement of a node in the scene. Returns false if it is below itself or nested too deeply. Each
+// node is placed once, since many joints can be below the same nodes.
+bool PlaceInScene(ShapeReading& reading, uint32_t node, Transform& placement) {
+    std::vector<uint32_t> path; // up to the first node that is placed
+    const auto isPlaced = [&](uint32_t which) {
+        return which == NoIndex || reading.Placed.contains(which);
+    };
+    for (uint32_t above = node; !isPlaced(above); above = reading.Parents[above]) {
+        if (path.size() == DeepestNesting) {
             return false;
         }
-        placement = Multiply(placement, reading.Tree.Nodes[node].Placement);
+        path.push_back(above);
     }
+    for (; !path.empty(); path.pop_back()) {
+        const ImportedNode& placed = reading.Tree.Nodes[path.back()];
+        const uint32_t parent = reading.Parents[path.back()];
+        reading.Placed[path.back()] =
+            parent == NoIndex ? placed.Placement : Multiply(placed.Placement, reading.Placed.at(parent));
+    }
+    placement = reading.Placed.at(node);
     return true;
 }
 
@@ -113,11 +125,15 @@ bool CanUseSkin(ShapeReading& reading, uint32_t mesh, uint32_t skin) {
     std::string reason;
     const std::string end = "; the skin is left out";
     const auto [joints, isNewSkin] = reading.Joints.try_emplace(skin);
-    if (isNewSkin && !FindJoints(reading, skin, joints->second, reason)) {
-        reading.Remarks.push_back(reason + end);
-        joints->second.clear();
+    if (isNewSkin) {
+        std::vector<Transform> found;
+        if (FindJoints(reading, skin, found, reason)) {
+            joints->second = std::make_shared<const std::vector<Transform>>(std::move(found));
+        } else {
+            reading.Remarks.push_back(reason + end);
+        }
     }
-    if (joints->second.empty()) {
+    if (joints->second == nullptr) {
         return false;
     }
     const auto [skinnable, isNewMesh] = reading.Skinnable.try_emplace(mesh);
@@ -178,7 +194,7 @@ std::vector<GltfShape> ShapeNodes(GltfDocument& document, GltfNodes& nodes,
     if (nodes.Shaped.empty()) {
         return {};
     }
-    ShapeReading reading = {document, nodes.Tree, remarks, {}, {}, {}, {}, {}, {}};
+    ShapeReading reading = {document, nodes.Tree, remarks, {}, {}, {}, {}, {}, {}, {}};
     WalkTree(reading);
     for (const GltfShapedNode& shaped : nodes.Shaped) {
         ShapeNode(reading, shaped);
