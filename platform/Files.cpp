@@ -30,9 +30,9 @@ void Resize(LargeArray<uint8_t>& bytes, size_t size) {
     bytes.Resize(size);
 }
 
-template <class Bytes> bool ReadFile(const std::u16string& path, Bytes& bytes, ReadLimits limits) {
+template <class Bytes> bool ReadFile(const std::u16string& path, Bytes& bytes, size_t mostBytes) {
     // Before opening, because opening a pipe without a writer blocks.
-    if (!limits.AllowDevices && (FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
+    if ((FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
         return false;
     }
     const auto close = [](std::FILE* file) {
@@ -43,27 +43,27 @@ template <class Bytes> bool ReadFile(const std::u16string& path, Bytes& bytes, R
         return false;
     }
     // One byte more than the file has now, to see its end without a second step.
-    const uint64_t stated = std::min<uint64_t>(SizeOfStream(file.get()), limits.LargestSize) + 1;
+    const uint64_t stated = std::min<uint64_t>(SizeOfStream(file.get()), mostBytes) + 1;
     size_t step = stated > 1 && stated < SIZE_MAX ? static_cast<size_t>(stated) : ReadStep;
     size_t size = 0;
-    for (size_t count = step; count == step && size <= limits.LargestSize;) {
+    for (size_t count = step; count == step && size <= mostBytes;) {
         step = size == 0 ? step : ReadStep;
         Resize(bytes, size + step);
         count = std::fread(&bytes[size], 1, step, file.get());
         size += count;
     }
     Resize(bytes, size);
-    return std::ferror(file.get()) == 0 && size <= limits.LargestSize;
+    return std::ferror(file.get()) == 0 && size <= mostBytes;
 }
 
 } // namespace
 
-bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits) {
-    return ReadFile(path, bytes, limits);
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size_t mostBytes) {
+    return ReadFile(path, bytes, mostBytes);
 }
 
-bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, ReadLimits limits) {
-    return ReadFile(path, bytes, limits);
+bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, size_t mostBytes) {
+    return ReadFile(path, bytes, mostBytes);
 }
 
 int WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) {
@@ -94,7 +94,17 @@ std::u16string DirectoryPart(std::u16string_view path) {
     return std::u16string(path.substr(0, ComponentStart(path)));
 }
 
+bool NamesServerOrDevice(std::u16string_view name) {
+    const auto isSeparator = [](char16_t unit) {
+        return unit == u'/' || unit == u'\\';
+    };
+    return name.size() >= 2 && isSeparator(name[0]) && (isSeparator(name[1]) || name[1] == u'?');
+}
+
 std::u16string PathIn(std::u16string_view directory, std::u16string_view name) {
+    if (NamesServerOrDevice(name)) {
+        return {};
+    }
     const bool isAbsolute = name.starts_with(u'/') || name.starts_with(u'\\') || HasDrive(name);
     return isAbsolute ? std::u16string(name) : std::u16string(directory).append(name);
 }

@@ -15,17 +15,12 @@
 #include <string_view>
 #include <vector>
 
-// What ReadWholeFile accepts.
-struct ReadLimits {
-    size_t LargestSize = SIZE_MAX; // bytes
-    bool AllowDevices = false;     // also pipes and devices, which may never end
-};
-
 // Replaces bytes with the contents of a file. Returns false if the file can't be opened or read to its
-// end, is a directory, or exceeds the limits; bytes are then unusable. Reads at most LargestSize plus
-// one mebibyte. A file that can be large is read into a LargeArray.
-bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, ReadLimits limits = {});
-bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, ReadLimits limits = {});
+// end, is a directory, a pipe or a device, which may never end, or has more than the most bytes; bytes
+// are then unusable. Reads at most one mebibyte more. A file that can be large is read into a
+// LargeArray.
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size_t mostBytes = SIZE_MAX);
+bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, size_t mostBytes = SIZE_MAX);
 
 // Creates or replaces a file. Returns 0, or the error number (errno) if the file can't be opened or not
 // all bytes are written: EIO if the system sets none.
@@ -39,6 +34,12 @@ bool HasDrive(std::u16string_view path);
 std::u16string LastComponent(std::u16string_view path);
 std::u16string DirectoryPart(std::u16string_view path);
 
+// Whether a name leads to a server or a device on Windows: it begins with two separators, or with one
+// and a question mark.
+bool NamesServerOrDevice(std::u16string_view name);
+
 // Returns the path of a file that another file names: the name itself if it begins with a separator or a
-// drive, else the name in the directory, which is empty or ends with a separator.
+// drive, else the name in the directory, which is empty or ends with a separator. Returns an empty path,
+// which no file has, for the name of a server or a device: opening it would tell a stranger's server who
+// the user is.
 std::u16string PathIn(std::u16string_view directory, std::u16string_view name);

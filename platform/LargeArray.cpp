@@ -35,19 +35,23 @@ bool Grow(std::byte*& bytes, size_t& reserved, size_t, size_t room, size_t used)
 void Shrink(std::byte*, size_t&, size_t, size_t) {
 }
 #else
-constexpr size_t RoomStep = LargePage;
+constexpr size_t RoomStep = size_t{1} << 16; // of mappings smaller than a large page
 constexpr auto Map = MapMemory;
 constexpr auto Unmap = UnmapMemory;
 constexpr auto Grow = GrowMapping;
 constexpr auto Shrink = ShrinkMapping;
 #endif
 
-// Blocks of this size or more are mappings. Below it, clearing the rest of a large page would cost more
-// than the small pages of the block.
-constexpr size_t SmallestMapping = LargePage / 2;
+// Blocks of this size or more are mappings: a growing array would leave holes in the heap. [Units:
+// bytes]
+constexpr size_t SmallestMapping = size_t{1} << 17;
+
+// The least that is given back to the system. [Units: bytes]
+constexpr size_t SmallPage = 4096;
 
 size_t WholeSteps(size_t size) {
-    return (size + RoomStep - 1) / RoomStep * RoomStep;
+    const size_t step = RoomStep > 1 && size > LargePage ? LargePage : RoomStep;
+    return (size + step - 1) / step * step;
 }
 
 LargeMemory NewBlock(size_t room) {
@@ -85,7 +89,7 @@ void GrowMemory(LargeMemory& memory, size_t room, size_t used) {
 }
 
 void ShrinkMemory(LargeMemory& memory, size_t used) {
-    const size_t room = WholeSteps(used);
+    const size_t room = (used + SmallPage - 1) / SmallPage * SmallPage;
     if (RoomStep > 1 && memory.Reserved != 0 && room < memory.Room && room > 0) {
         Shrink(memory.Bytes, memory.Reserved, memory.Room, room);
         memory.Room = room;

@@ -36,7 +36,7 @@ struct LargeMemory {
 // block unchanged, if memory runs out.
 void GrowMemory(LargeMemory& memory, size_t room, size_t used);
 
-// Returns what is not needed for the first used bytes to the system, as far as whole pages allow.
+// Returns what is not needed for the first used bytes to the system, as far as whole small pages allow.
 void ShrinkMemory(LargeMemory& memory, size_t used);
 
 // Leaves an empty block.
@@ -53,7 +53,7 @@ inline void MarkUsed([[maybe_unused]] const LargeMemory& memory, [[maybe_unused]
 }
 
 // The most scratch memory of one array that is worth keeping for the next use. [Units: bytes]
-constexpr size_t LargestScratch = size_t{1} << 22;
+constexpr size_t LargestScratch = size_t{1} << 20;
 
 // Unlike std::vector, it leaves new elements undefined and grows without calling constructors.
 template <class Element> struct LargeArray {

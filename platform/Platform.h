@@ -13,12 +13,12 @@
 #include <string>
 #include <string_view>
 
-// The size and alignment of mappings. The largest page that systems commonly give to programs. [Units:
+// The alignment of mappings. The largest page that systems commonly give to programs. [Units:
 // bytes]
 constexpr size_t LargePage = size_t{1} << 21;
 
-// Memory straight from the system, for platform/LargeArray.h only. Sizes are multiples of LargePage. The
-// system is asked for large pages where it has them; new memory is zero.
+// Memory straight from the system, for platform/LargeArray.h only. Sizes are multiples of the system's
+// pages. The system is asked for large pages where it has them; new memory is zero.
 //
 // MapMemory returns null if there is no memory. reserved becomes the size of the addresses taken, which
 // the other operations need.

@@ -116,10 +116,16 @@ std::byte* MapAligned(size_t size, int protection) {
     return first + before;
 }
 
+// From this size on a mapping is given large pages. In a smaller one, the unused end of the last page
+// would be too large a part.
+constexpr size_t SmallestOfLargePages = 4 * LargePage;
+
 // A system without large pages refuses, which changes nothing.
 void AskForLargePages([[maybe_unused]] std::byte* bytes, [[maybe_unused]] size_t size) {
 #ifdef MADV_HUGEPAGE
-    madvise(bytes, size, MADV_HUGEPAGE);
+    if (size >= SmallestOfLargePages) {
+        madvise(bytes, size, MADV_HUGEPAGE);
+    }
 #endif
 }
 

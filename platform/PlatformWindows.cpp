@@ -170,7 +170,10 @@ std::FILE* OpenForReading(const std::u16string& path) {
 }
 
 uint32_t FileAttributes(const std::u16string& path) {
-    return GetFileAttributesW(SystemName(path).c_str());
+    // Names such as CON and AUX.png are devices in every directory. Opened, they can wait forever.
+    return SpelledName(Wide(path)).starts_with(LR"(\\.\)")
+               ? DeviceAttribute
+               : GetFileAttributesW(SystemName(path).c_str());
 }
 
 uint64_t SizeOfFile(const std::u16string& path) {

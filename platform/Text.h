@@ -18,6 +18,14 @@ constexpr bool IsLowSurrogate(char16_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
+// Whether a terminal obeys a character instead of showing it: C0, DEL and C1, and what changes the order
+// of its neighbours or ends a line, as marks of writing direction do.
+constexpr bool IsObeyed(char16_t unit) {
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x061C ||
+           (unit >= 0x200E && unit <= 0x200F) || (unit >= 0x2028 && unit <= 0x202E) ||
+           (unit >= 0x2066 && unit <= 0x2069);
+}
+
 // Returns a UTF-8 or UTF-16 text with A to Z replaced by a to z. Texts with equal results differ at most
 // in the case of these letters.
 template <class Unit> std::basic_string<Unit> FoldCase(std::basic_string<Unit> text) {

@@ -26,6 +26,8 @@ constexpr double NormalScale = 32767.0;
 // Bytes per element of base64, so that the page is decoded in pieces.
 constexpr size_t PieceSize = size_t{3} << 20;
 static_assert(PieceSize % 3 == 0);
+constexpr std::string_view Base64Digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 template <typename Value> void Append(const Value& value, std::string& bytes) {
     bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
@@ -140,8 +142,6 @@ void AppendEscaped(std::string_view json, std::string& html) {
 }
 
 void AppendBase64(std::string_view bytes, std::string& html) {
-    constexpr std::string_view Digits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (size_t at = 0; at < bytes.size(); at += 3) {
         const size_t count = std::min<size_t>(3, bytes.size() - at);
         uint32_t group = 0;
@@ -149,7 +149,7 @@ void AppendBase64(std::string_view bytes, std::string& html) {
             group = group << 8U | (place < count ? static_cast<uint8_t>(bytes[at + place]) : 0U);
         }
         for (size_t place = 0; place < 4; ++place) {
-            html += place <= count ? Digits[group >> (18 - 6 * place) & 63U] : '=';
+            html += place <= count ? Base64Digits[group >> (18 - 6 * place) & 63U] : '=';
         }
     }
 }

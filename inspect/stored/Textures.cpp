@@ -63,8 +63,7 @@ const Texture* FindTexture(TextureShelf& shelf, const std::u16string& storedPath
     if (isNew) {
         std::u16string reason = u"can't be read";
         std::vector<uint8_t> bytes;
-        if (ReadWholeFile(shelf.Directory + name, bytes,
-                          {.LargestSize = LargestFile, .AllowDevices = true})) {
+        if (ReadWholeFile(shelf.Directory + name, bytes, LargestFile)) {
             reason = LoadTexture(std::move(bytes), picture.emplace());
         }
         if (!reason.empty()) {

@@ -18,17 +18,6 @@ constexpr std::array<char16_t, 32> Windows1252Upper = {
 // UTF-16 units.
 constexpr size_t LongestQuote = 200;
 
-// C0, DEL and C1.
-bool IsControl(char16_t unit) {
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-}
-
-// Marks of writing direction, line and paragraph separators.
-bool ChangesOrder(char16_t unit) {
-    return (unit >= 0x200E && unit <= 0x200F) || (unit >= 0x2028 && unit <= 0x202E) ||
-           (unit >= 0x2066 && unit <= 0x2069);
-}
-
 } // namespace
 
 std::u16string Counted(uint64_t count, std::u16string_view one, std::u16string_view several) {
@@ -55,10 +44,8 @@ std::u16string Quoted(std::u16string_view name) {
     for (const char16_t unit : name.substr(0, LongestQuote)) {
         if (unit == u'"' || unit == u'\\') {
             text += {u'\\', unit};
-        } else if (IsControl(unit)) {
-            text += u"\\x" + Hex(unit, 2);
-        } else if (ChangesOrder(unit)) {
-            text += u"\\u" + Hex(unit, 4);
+        } else if (IsObeyed(unit)) {
+            text += unit < 0x100 ? u"\\x" + Hex(unit, 2) : u"\\u" + Hex(unit, 4);
         } else {
             text += unit;
         }

@@ -69,7 +69,9 @@ aiFile* Open(aiFileIO* operations, const char* name, const char* mode) {
     const AssimpFiles& files = *reinterpret_cast<AssimpFiles*>(operations->UserData);
     auto open = std::make_unique<OpenFile>();
     const std::u16string path = name == files.ShownPath ? files.Path : Utf16FromUtf8(name);
-    if (mode[0] != 'r' || !ReadWholeFile(path, open->Bytes)) {
+    // A model on a server may have its other files there.
+    const bool isAllowed = !NamesServerOrDevice(path) || NamesServerOrDevice(files.Path);
+    if (mode[0] != 'r' || !isAllowed || !ReadWholeFile(path, open->Bytes)) {
         return nullptr;
     }
     open->Operations = {Read, Write, Tell, Size, Seek, Flush, reinterpret_cast<char*>(open.get())};

@@ -1,6 +1,7 @@
 // The pictures, materials and layers of a model document.
 #include "provider/document/DocumentMaterials.h"
 
+#include "picture/PictureReader.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
 
@@ -85,7 +86,7 @@ bool ReadPicture(DocumentReader& reader, uint32_t node, uint32_t& index) {
     }
     const std::u16string file = Utf16FromUtf8(name);
     std::vector<uint8_t> bytes;
-    if (!ReadWholeFile(PathIn(reader.Directory, file), bytes)) {
+    if (!ReadWholeFile(PathIn(reader.Directory, file), bytes, LargestPictureFile)) {
         return Fail(reader, node, "the picture " + Quoted(name) + " can't be found or read");
     }
     ModelPicture picture;

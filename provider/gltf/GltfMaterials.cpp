@@ -48,6 +48,10 @@ struct MaterialReading {
 uint32_t ReadPicture(MaterialReading& reading, uint32_t index) {
     const uint32_t image = reading.Images[index];
     const std::u16string key = u"image:" + Utf16FromUtf8(std::to_string(index));
+    // Before its bytes are copied or decoded: any number of materials may have it.
+    if (const auto found = reading.Pictures.Found.find(key); found != reading.Pictures.Found.end()) {
+        return found->second;
+    }
     const std::u16string name = Utf16FromUtf8(TextMember(reading.Json, image, "name"));
     const std::string_view uri = TextMember(reading.Json, image, "uri");
     const uint32_t bufferView = MemberOf(reading.Json, image, "bufferView");
@@ -126,17 +130,17 @@ void ReadMaterial(MaterialReading& reading, uint32_t source, ModelMaterial& mate
 // One line for each extension with pictures that can't be read.
 void RemarkLackingPictures(const MaterialReading& reading) {
     const GltfRecords& records = reading.Document.Records;
-    for (uint32_t name = 0; name < records.Extensions.size(); ++name) {
-        size_t count = 0;
-        for (size_t i = 0; i < records.Textures.size(); ++i) {
-            count += reading.LacksPicture[i] && records.Textures[i].Extension == name ? 1 : 0;
+    std::map<uint32_t, size_t> counts; // by extension
+    for (size_t i = 0; i < records.Textures.size(); ++i) {
+        if (reading.LacksPicture[i]) {
+            ++counts[records.Textures[i].Extension];
         }
-        if (count > 0) {
-            reading.Output.Remarks.push_back(std::to_string(count) +
-                                             (count == 1 ? " texture has its" : " textures have their") +
-                                             " picture only in the glTF extension \"" +
-                                             records.Extensions[name] + "\", which is not supported");
-        }
+    }
+    for (const auto& [name, count] : counts) {
+        reading.Output.Remarks.push_back(std::to_string(count) +
+                                         (count == 1 ? " texture has its" : " textures have their") +
+                                         " picture only in the glTF extension \"" +
+                                         records.Extensions[name] + "\", which is not supported");
     }
 }
 

@@ -34,5 +34,12 @@ bool ReadGltfModel(const GltfParts& parts, JsonTape json, const std::u16string& 
         return AddMeshFaces(reading, shape.Mesh, shape.Pose);
     };
     ReserveFaces(document, model);
-    return PlaceNodes(tree, model, error);
+    if (!PlaceNodes(tree, model, error)) {
+        return false;
+    }
+    model.SinglePositions.Shrink();
+    model.SingleNormals.Shrink();
+    model.SingleCoordinates.Shrink();
+    model.Indices.Shrink();
+    return true;
 }

@@ -6,20 +6,21 @@
 
 #include <cstdio>
 
+// UTF-16 units. Names and keys of a model can be as long as its file.
+static constexpr size_t LongestLine = 4096;
+
 ProviderState& State() {
     static ProviderState state;
     return state;
 }
 
 void ReportLine(std::string_view path, std::string_view text) {
-    std::string line = std::string(path) + ": " + std::string(text);
-    for (char& c : line) {
-        if (static_cast<unsigned char>(c) < ' ') {
-            c = ' ';
-        }
+    std::u16string line = Utf16FromUtf8(std::string(path) + ": " + std::string(text));
+    if (line.size() > LongestLine) {
+        line = line.substr(0, LongestLine - 1) + u'\u2026';
     }
-    line += '\n';
-    std::fputs(line.c_str(), stderr);
+    std::ranges::replace_if(line, IsObeyed, u' ');
+    std::fputs(Utf8FromUtf16(line + u'\n').c_str(), stderr);
 }
 
 int32_t FillString(StringHandle* string, const std::u16string& text) {

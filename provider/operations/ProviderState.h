@@ -207,8 +207,8 @@ template <class Handle> int32_t WriteHandles(HandleKind kind, IndexRange range, 
 // Sets a caller's string.
 int32_t FillString(StringHandle* string, const std::u16string& text);
 
-// Prints one line on standard error: the path, a colon, and the text, whose control characters become
-// blanks.
+// Prints one line on standard error: the path, a colon, and the text. What a terminal would obey becomes
+// blanks, what isn't UTF-8 U+FFFD, and a line of more than 4096 units ends there.
 void ReportLine(std::string_view path, std::string_view text);
 
 // Writes a picture as PNG to a path in UTF-8. Reports a picture that can't be encoded.

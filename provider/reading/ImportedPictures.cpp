@@ -2,6 +2,7 @@
 // name alone, ignoring case.
 #include "provider/reading/ImportedPictures.h"
 
+#include "picture/PictureReader.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
 
@@ -64,8 +65,8 @@ uint32_t TakePictureFile(ImportedPictures& pictures, Model& model, const std::u1
     // Models often contain the paths of the machine that made them. Its separator may be the colon, so
     // every colon separates here.
     const std::u16string bare = file.substr(file.find_last_of(u"/\\:") + 1);
-    if (bare.empty() || (!ReadWholeFile(PathIn(pictures.Directory, file), bytes) &&
-                         !ReadWholeFile(pictures.Directory + bare, bytes))) {
+    if (bare.empty() || (!ReadWholeFile(PathIn(pictures.Directory, file), bytes, LargestPictureFile) &&
+                         !ReadWholeFile(pictures.Directory + bare, bytes, LargestPictureFile))) {
         return RefusePicture(pictures, model, key, file, "can't be found or read");
     }
     return TakePictureBytes(pictures, model, key, file, std::move(bytes));

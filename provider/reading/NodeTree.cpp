@@ -162,10 +162,6 @@ bool FillList(Placing& placing, uint32_t list, const ImportedNode& node,
 
 } // namespace
 
-Point3 ToModelAxes(UpAxis up, Point3 point) {
-    return up == UpAxis::Y ? Point3{point.X, -point.Z, point.Y} : point;
-}
-
 Transform ToModelAxes(UpAxis up, const Transform& transform) {
     if (up == UpAxis::Z) {
         return transform;

@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <memory>
 
+// Edges that meet beside their common corners, per corner. The polygons of models meet nowhere.
+constexpr size_t MostMeetingsPerCorner = 8;
+
 // Twice the area of a loop over the square of its size. A smaller area is rounding error.
 constexpr double SmallestRelativeArea = 1e-12;
 
@@ -47,6 +50,77 @@ bool IsConvex(std::span<const Point3> loop, Point3 normal) {
         }
     }
     return true;
+}
+
+// An edge in the plane of two axes.
+struct FlatEdge {
+    double X1, Y1, X2, Y2;
+    double Left, Right; // the smaller and the larger of X1 and X2
+};
+
+// Above 0 if the point is to the left of the edge.
+double SideOf(const FlatEdge& edge, double x, double y) {
+    return (edge.X2 - edge.X1) * (y - edge.Y1) - (edge.Y2 - edge.Y1) * (x - edge.X1);
+}
+
+// Whether edges cross, or a corner of one is on the other.
+bool Meet(const FlatEdge& a, const FlatEdge& b) {
+    return std::max(a.Y1, a.Y2) >= std::min(b.Y1, b.Y2) &&
+           std::max(b.Y1, b.Y2) >= std::min(a.Y1, a.Y2) &&
+           SideOf(a, b.X1, b.Y1) * SideOf(a, b.X2, b.Y2) <= 0.0 &&
+           SideOf(b, a.X1, a.Y1) * SideOf(b, a.X2, a.Y2) <= 0.0;
+}
+
+bool ShareCorner(const FlatEdge& a, const FlatEdge& b) {
+    const auto isSame = [](double x1, double y1, double x2, double y2) {
+        return x1 == x2 && y1 == y2;
+    };
+    return isSame(a.X1, a.Y1, b.X1, b.Y1) || isSame(a.X1, a.Y1, b.X2, b.Y2) ||
+           isSame(a.X2, a.Y2, b.X1, b.Y1) || isSame(a.X2, a.Y2, b.X2, b.Y2);
+}
+
+// The edges of all loops, without the axis along which the normal is longest.
+std::vector<FlatEdge> FlatEdgesOf(const PolygonTriangulation& polygon, Point3 normal) {
+    const double x = std::abs(normal.X);
+    const double y = std::abs(normal.Y);
+    const double z = std::abs(normal.Z);
+    const auto flat = [&](Point3 point) -> std::array<double, 2> {
+        if (z >= x && z >= y) {
+            return {point.X, point.Y};
+        }
+        return x >= y ? std::array{point.Y, point.Z} : std::array{point.Z, point.X};
+    };
+    std::vector<FlatEdge> edges;
+    edges.reserve(polygon.Points.size());
+    size_t first = 0;
+    for (const size_t end : polygon.LoopEnds) {
+        for (size_t i = first; i < end; ++i) {
+            const auto [x1, y1] = flat(polygon.Points[i]);
+            const auto [x2, y2] = flat(polygon.Points[i + 1 < end ? i + 1 : first]);
+            edges.push_back({x1, y1, x2, y2, std::min(x1, x2), std::max(x1, x2)});
+        }
+        first = end;
+    }
+    return edges;
+}
+
+// Whether the edges meet so often that the tesselator would take far more time and memory than the
+// corners. Stops at the limit; compares the edges whose ranges overlap.
+bool IsTangled(const PolygonTriangulation& polygon, Point3 normal) {
+    if (polygon.Points.size() <= 2 * MostMeetingsPerCorner) {
+        return false; // they can't have so many
+    }
+    std::vector<FlatEdge> edges = FlatEdgesOf(polygon, normal);
+    std::ranges::sort(edges, {}, &FlatEdge::Left);
+    size_t left = MostMeetingsPerCorner * edges.size();
+    for (size_t i = 0; i < edges.size(); ++i) {
+        for (size_t j = i + 1; j < edges.size() && edges[j].Left <= edges[i].Right; ++j) {
+            if (Meet(edges[i], edges[j]) && !ShareCorner(edges[i], edges[j]) && left-- == 0) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 // The data of the tesselator's callbacks. Point indices pass through it as pointers, plus one so that
@@ -137,6 +211,9 @@ bool TriangulatePolygon(PolygonTriangulation& polygon, Point3 normal) {
             polygon.Indices.insert(polygon.Indices.end(), {0, i - 1, i});
         }
         return true;
+    }
+    if (IsTangled(polygon, normal)) {
+        return false;
     }
 
     const std::unique_ptr<GLUtesselator, void (*)(GLUtesselator*)> tesselator(

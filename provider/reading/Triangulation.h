@@ -28,5 +28,6 @@ struct PolygonTriangulation {
 
 // Fills Indices, and appends to Points and Crossings where outlines cross. The outline is
 // counter-clockwise about normal, the holes turn either way. Returns false if nothing is left to
-// triangulate or the polygon can't be triangulated.
+// triangulate, if edges cross or touch more than eight times per corner, or if the polygon can't be
+// triangulated.
 bool TriangulatePolygon(PolygonTriangulation& polygon, Point3 normal);

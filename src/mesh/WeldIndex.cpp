@@ -39,15 +39,15 @@ void Reserve(WeldIndex& index, size_t count) {
     if ((index.Used + count) * 2 <= index.Slots.Count) {
         return;
     }
-    const LargeArray<IndexSlot> former = std::move(index.Slots);
-    index.Slots = {};
-    MakeSlots(index, former.Count * 2);
+    std::swap(index.Slots, index.Former);
+    MakeSlots(index, index.Former.Count * 2);
     // Slots are nearly in the order of tags, so both tables are accessed from front to back.
-    for (const IndexSlot& slot : former) {
+    for (const IndexSlot& slot : index.Former) {
         if (slot.Kept != NoVertex) {
             FillSlot(index, FreeSlot(index, slot.Tag), slot);
         }
     }
+    index.Former.ReleaseLarge();
 }
 
 void Enter(WeldIndex& index, const VertexPlaces& places, uint32_t wideTag, const CellEnd& wideEnd,

@@ -52,6 +52,7 @@ struct WeldIndex {
     size_t SlotMask = 0;         // maps a number to a slot: Slots.Count - 1
     int TagShift = 0;            // the slots of a cell begin at Tag >> TagShift
     size_t Used = 0;
+    LargeArray<IndexSlot> Former; // scratch memory of growing
 };
 
 // The end of a search for a cell: the free slot after its vertices, and their number.

@@ -83,7 +83,7 @@ std::byte* TakeBytes(MeshMemory& memory, size_t count) {
     };
     if (memory.Blocks.empty() || count > roomOf(memory.Blocks.back())) {
         LargeArray<std::byte> block;
-        block.Reserve(std::max(count, std::clamp(memory.Size, FirstBlock, LargestBlock)));
+        block.Reserve(std::max(count, std::clamp(3 * memory.Size, FirstBlock, LargestBlock)));
         memory.Size += block.Memory.Room;
         memory.Blocks.push_back(std::move(block));
     }

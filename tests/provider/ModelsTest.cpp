@@ -102,7 +102,7 @@ TEST(ProviderModels, ReportPlaceAndReasonOfEachError) {
     }
 }
 
-TEST(ProviderModels, LimitNesting) {
+TEST(ProviderModels, LimitNestingAndAttributes) {
     std::string error;
     EXPECT_TRUE(OpensText("model.json", Chain(0, 512).dump(), error)) << error;
     EXPECT_FALSE(OpensText("model.json", Chain(0, 20000).dump(), error));
@@ -124,6 +124,13 @@ TEST(ProviderModels, LimitNesting) {
     }
     EXPECT_FALSE(OpensText("model.gltf", nodes.dump(), error));
     EXPECT_EQ(error, "nodes[511]: nodes are nested deeper than 511 levels");
+
+    ordered_json wide = ordered_json::parse(ReadTestText(u"models/turned.gltf"));
+    for (size_t i = 0; i < 256; ++i) {
+        wide["meshes"][0]["primitives"][0]["attributes"]["_" + std::to_string(i)] = 0;
+    }
+    EXPECT_FALSE(OpensText("model.gltf", wide.dump(), error));
+    EXPECT_EQ(error, "meshes[0].primitives[0].attributes: there are more than 256 attributes");
 }
 
 #ifdef ORVANE_ASSIMP

@@ -17,12 +17,13 @@ import {
 } from "three";
 import { createView } from "./camera.js";
 import { meshesBelow } from "./data.js";
-import { createSurfaces, normalizePositions } from "./surfaces.js";
+import { createSurfaces, normalizePositions, showOverlay } from "./surfaces.js";
 
 // Triangles above which movements aren't animated, nothing casts a shadow, and edges aren't smoothed, so that large
 // scenes open without a GPU, too.
 const MOST_ANIMATED = 150_000;
 const MOST_SHADOWED = 400_000;
+const MOST_SHADOWED_MATERIALS = 2000; // The same for materials, each of which is drawn by itself.
 const MOST_SMOOTHED = 400_000;
 const CHOSEN_COLOUR = 0x2f81f7;
 const SUN = new Vector3(-0.75, 1.5, 0.9);
@@ -40,7 +41,7 @@ function createRenderer(canvas, antialias) {
 }
 
 function addLights(stage, renderer, hasShadows, ground) {
-  stage.add(new HemisphereLight(0xffffff, 0xa8a39c, 2.05));
+  stage.add(new HemisphereLight(0xffffff, 0xc4c0ba, 2.05));
   const sun = new DirectionalLight(0xfffaf0, 1.75);
   sun.position.copy(SUN).multiplyScalar(2);
   stage.add(sun);
@@ -141,10 +142,8 @@ function nodeAt(view, event) {
   return found < 0 ? null : meshes.node[found];
 }
 
-function setShown(view, part, isShown) {
-  for (const surface of view.surfaces) {
-    surface[part].visible = isShown;
-  }
+function setShown(view, kind, isShown) {
+  showOverlay(view.surfaces, kind, isShown, view.stage);
   view.requestDraw();
 }
 
@@ -194,7 +193,9 @@ export async function createStage(canvas, data) {
     opacity: 0.38,
     depthWrite: false,
   });
-  addLights(view.stage, renderer, data.facts.triangles <= MOST_SHADOWED, view.change.ground);
+  const hasShadows =
+    data.facts.triangles <= MOST_SHADOWED && data.scene.materials.length <= MOST_SHADOWED_MATERIALS;
+  addLights(view.stage, renderer, hasShadows, view.change.ground);
   view.surfaces = await createSurfaces(data, renderer, view.stage);
   view.camera = createView(canvas, view.requestDraw);
   const { box } = extentOf(view, 0, data.scene.meshes.node.length);

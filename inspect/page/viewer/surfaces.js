@@ -111,20 +111,44 @@ function surfaceOf(fact, material, picture, missing) {
   return surface;
 }
 
+function addPart(stage, part) {
+  part.frustumCulled = false;
+  part.matrixAutoUpdate = false;
+  stage.add(part);
+}
+
+const OVERLAYS = {
+  edges: () => new MeshBasicMaterial({ color: 0x11131a, wireframe: true, transparent: true, opacity: 0.45 }),
+  backs: () =>
+    new MeshLambertMaterial({
+      color: BACK_COLOUR,
+      emissive: BACK_COLOUR,
+      emissiveIntensity: 0.25,
+      side: BackSide,
+      polygonOffset: true,
+      polygonOffsetFactor: 2,
+      polygonOffsetUnits: 2,
+    }),
+};
+
+// Shows or hides "edges" or "backs". They are made when they are first shown.
+export function showOverlay(surfaces, kind, isShown, stage) {
+  const look = isShown && surfaces.some((surface) => !surface[kind]) ? OVERLAYS[kind]() : null;
+  for (const surface of surfaces) {
+    if (isShown && !surface[kind]) {
+      surface[kind] = new Mesh(surface.geometry, look);
+      addPart(stage, surface[kind]);
+    }
+    if (surface[kind]) {
+      surface[kind].visible = isShown;
+    }
+  }
+}
+
 // Makes the meshes and adds them to the stage. Sets isMissing of materials whose picture can't be decoded.
 export async function createSurfaces({ facts, scene }, renderer, stage) {
   const pictures = await loadPictures(scene.pictures, renderer);
   const missing = prepare(checkedPicture(), renderer);
-  const edge = new MeshBasicMaterial({ color: 0x11131a, wireframe: true, transparent: true, opacity: 0.45 });
-  const back = new MeshLambertMaterial({
-    color: BACK_COLOUR,
-    emissive: BACK_COLOUR,
-    emissiveIntensity: 0.25,
-    side: BackSide,
-    polygonOffset: true,
-    polygonOffsetFactor: 2,
-    polygonOffsetUnits: 2,
-  });
   const surfaces = [];
   scene.materials.forEach((material, place) => {
     const picture = material.picture === null ? null : pictures[material.picture];
@@ -137,15 +161,8 @@ export async function createSurfaces({ facts, scene }, renderer, stage) {
     const mesh = new Mesh(geometry, surfaceOf(facts.materials[place], material, picture, missing));
     mesh.castShadow = facts.materials[place].color[3] > 0.5;
     mesh.receiveShadow = true;
-    const edges = new Mesh(geometry, edge);
-    const backs = new Mesh(geometry, back);
-    edges.visible = backs.visible = false;
-    for (const part of [mesh, edges, backs]) {
-      part.frustumCulled = false;
-      part.matrixAutoUpdate = false;
-      stage.add(part);
-    }
-    surfaces.push({ place, geometry, mesh, edges, backs });
+    addPart(stage, mesh);
+    surfaces.push({ place, geometry, mesh });
   });
   return surfaces;
 }

@@ -128,7 +128,7 @@ void MoveByJoints(const PrimitiveSource& source, const GltfPose& pose, IndexRang
     std::vector<Transform> blended;
     for (uint32_t start = 0; start < range.Count; start += BlockSize) {
         const uint32_t count = std::min(BlockSize, range.Count - start);
-        allExist = BlendJoints(sets, pose.Joints, {range.First + start, count}, blended) && allExist;
+        allExist = BlendJoints(sets, *pose.Joints, {range.First + start, count}, blended) && allExist;
         for (uint32_t i = 0; i < count; ++i) {
             positions[start + i] = MovePoint(blended[i], positions[start + i]);
             if (!normals.empty()) {
@@ -187,7 +187,7 @@ void PoseVertices(const PrimitiveSource& source, const GltfPose& pose, IndexRang
             AddTarget(source, pose, target, GltfSemantic::Normal, range, normals, remarks);
         }
     }
-    if (!pose.Joints.empty()) {
+    if (pose.Joints != nullptr) {
         MoveByJoints(source, pose, range, positions, normals, remarks);
     }
 }

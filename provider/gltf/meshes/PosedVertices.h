@@ -4,11 +4,13 @@
 #include "provider/gltf/meshes/PrimitiveData.h"
 #include "provider/model/Transform.h"
 
+#include <memory>
+
 struct GltfPose {
     std::vector<double> Weights; // of the morph targets; a target without one is not used
-    // For each joint, from the space of the mesh to that of the scene, in the model's axes. None: the
+    // For each joint, from the space of the mesh to that of the scene, in the model's axes. Null: the
     // mesh has no skin.
-    std::vector<Transform> Joints;
+    std::shared_ptr<const std::vector<Transform>> Joints;
 };
 
 // Whether all triangles of a mesh have joints and weights that can be read. Otherwise returns false,

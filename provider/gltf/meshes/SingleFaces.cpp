@@ -51,7 +51,7 @@ bool FindFloats(const PrimitiveSource& source, GltfSemantic semantic, uint32_t s
 
 bool IsPosed(const PrimitiveSource& source, const GltfPose& pose) {
     const size_t targets = std::min(pose.Weights.size(), source.Primitive.Targets.size());
-    return !pose.Joints.empty() ||
+    return pose.Joints != nullptr ||
            std::any_of(pose.Weights.begin(), pose.Weights.begin() + static_cast<ptrdiff_t>(targets),
                        [](double weight) { return weight != 0.0; });
 }
@@ -80,8 +80,6 @@ Point3 PositionAt(const SingleVertices& vertices, uint32_t vertex) {
     return ToModelAxes(UpAxis::Y, ToDouble(Load<SinglePoint>(vertices.Positions, vertex)));
 }
 
-using VertexBits = std::array<uint64_t, 4>;
-
 VertexBits BitsOf(const SingleVertices& vertices, uint32_t vertex) {
     VertexBits bits = {};
     auto* bytes = reinterpret_cast<uint8_t*>(bits.data());
@@ -100,7 +98,7 @@ struct SingleFace {
     const SingleTriangles& Triangles;
     SingleScratch& Scratch;
     ModelFace Face;
-    int SlotShift = 0; // of a hash, to the number of a slot; 0 if equal vertices are not looked for
+    int SlotShift = 0; // of a hash, to the number of a slot; 0 if equal vertices are not searched for
     SinglePoint FormerNormal; // and its unit vector: neighbours often have the same
     SinglePoint FormerUnit;
 };
@@ -117,16 +115,20 @@ void ClearSlots(SingleFace& face, size_t corners) {
         SharedAlready * static_cast<double>(face.Triangles.Corners.size())) {
         return;
     }
-    const size_t count = std::bit_ceil(2 * std::min(vertices, corners));
+    const size_t most = std::min(vertices, corners);
+    const size_t count = std::bit_ceil(2 * most);
+    face.Scratch.Different.Resize(most);
     face.Scratch.Slots.Resize(count);
     std::ranges::fill(face.Scratch.Slots, FreeSlot);
     face.SlotShift = 64 - std::countr_zero(count);
 }
 
-// Returns an earlier vertex of the face with the same bits, or enters this one and returns it.
+// Returns the index in the face of an earlier vertex with the same bits, or enters this one and returns
+// the next index.
 uint32_t FindEqual(SingleFace& face, uint32_t vertex) {
+    const uint32_t next = face.Face.Vertices.Count;
     if (face.SlotShift == 0) {
-        return vertex;
+        return next;
     }
     const VertexBits bits = BitsOf(face.Vertices, vertex);
     uint64_t hash = 0;
@@ -139,10 +141,12 @@ uint32_t FindEqual(SingleFace& face, uint32_t vertex) {
     for (size_t slot = hash >> face.SlotShift;; slot = (slot + 1) & mask) {
         uint32_t& other = face.Scratch.Slots[slot];
         if (other == FreeSlot) {
-            other = vertex;
-            return vertex;
+            other = next;
+            face.Scratch.Different[next] = bits;
+            return next;
         }
-        if (BitsOf(face.Vertices, other) == bits) {
+        const VertexBits& old = face.Scratch.Different[other];
+        if (((old[0] ^ bits[0]) | (old[1] ^ bits[1]) | (old[2] ^ bits[2]) | (old[3] ^ bits[3])) == 0) {
             return other;
         }
     }
@@ -172,13 +176,11 @@ void AppendVertex(SingleFace& face, uint32_t vertex) {
 uint32_t PlaceVertex(SingleFace& face, uint32_t vertex) {
     uint32_t& place = face.Scratch.Places[vertex];
     if (place <= face.Face.Vertices.First) {
-        const uint32_t equal = FindEqual(face, vertex);
-        if (equal == vertex) {
+        const uint32_t index = FindEqual(face, vertex);
+        if (index == face.Face.Vertices.Count) {
             AppendVertex(face, vertex);
-            place = face.Face.Vertices.First + face.Face.Vertices.Count;
-        } else {
-            place = face.Scratch.Places[equal];
         }
+        place = face.Face.Vertices.First + 1 + index;
     }
     return place - 1 - face.Face.Vertices.First;
 }
@@ -200,6 +202,17 @@ void KeepThreeVertices(SingleFace& face, std::span<const uint32_t> triangles) {
     }
 }
 
+// How far ahead of its use a vertex is loaded: the triangles of one axis are scattered over the file.
+constexpr size_t TrianglesAhead = 8;
+
+void Prefetch(const SingleFace& face, uint32_t vertex) {
+    __builtin_prefetch(face.Vertices.Positions.Bytes + vertex * face.Vertices.Positions.Stride);
+    __builtin_prefetch(face.Vertices.Normals.Bytes + vertex * face.Vertices.Normals.Stride);
+    if (face.Vertices.Coordinates.Bytes != nullptr) {
+        __builtin_prefetch(face.Vertices.Coordinates.Bytes + vertex * face.Vertices.Coordinates.Stride);
+    }
+}
+
 // Appends the triangles as a face with the normal and the vertices that they use.
 void AddPart(SingleFace& face, Point3 normal, std::span<const uint32_t> triangles, uint32_t surface) {
     Model& model = face.Output;
@@ -216,8 +229,11 @@ void AddPart(SingleFace& face, Point3 normal, std::span<const uint32_t> triangle
                          static_cast<uint32_t>(3 * triangles.size())};
     ClearSlots(face, 3 * triangles.size());
     uint32_t* index = model.Indices.Append(3 * triangles.size());
-    for (const uint32_t triangle : triangles) {
-        const uint32_t* corners = &face.Triangles.Corners[3 * size_t{triangle}];
+    for (size_t i = 0; i < triangles.size(); ++i) {
+        const uint32_t* corners = &face.Triangles.Corners[3 * size_t{triangles[i]}];
+        if (i + TrianglesAhead < triangles.size()) {
+            Prefetch(face, face.Triangles.Corners[3 * size_t{triangles[i + TrianglesAhead]}]);
+        }
         for (size_t corner = 0; corner < 3; ++corner) {
             *index++ = PlaceVertex(face, corners[corner]);
         }

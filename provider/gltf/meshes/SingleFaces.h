@@ -5,13 +5,18 @@
 #include "provider/gltf/meshes/PosedVertices.h"
 #include "provider/reading/FaceParts.h"
 
+// All floats of a vertex in the file.
+using VertexBits = std::array<uint64_t, 4>;
+
 // Memory that one primitive leaves to the next.
 struct SingleScratch {
     AxisOrder Order;
     // Of each vertex that has been placed, its index in Model::SinglePositions, plus one. Smaller
     // numbers than those of the present face are of earlier ones.
     LargeArray<uint32_t> Places;
-    LargeArray<uint32_t> Slots; // the vertices of the present face, by the hash of their bits
+    // The different vertices of the present face, by the hash of their bits.
+    LargeArray<uint32_t> Slots;
+    LargeArray<VertexBits> Different;
 };
 
 // The triangles of a primitive.

@@ -89,7 +89,10 @@ bool ReadInstances(GltfDocument& document, const JsonTape& json, uint32_t node, 
                                reason) ||
         !ReadInstanceAttribute(reading, attributes, "ROTATION", 4, count, numbers.Rotations, reason) ||
         !ReadInstanceAttribute(reading, attributes, "SCALE", 3, count, numbers.Scales, reason)) {
-        remarks.push_back(PlaceOf(json, extension) + ": " + reason + "; the instances are left out");
+        // Finding the place in the document takes time with its size, and any number of nodes can fail.
+        remarks.push_back(PlaceIn("nodes", tree.Nodes.size() - 2) + ".extensions." +
+                          std::string(InstancingExtension) + ": " + reason +
+                          "; the instances are left out");
         return true;
     }
     if (count == NoIndex) {

@@ -18,8 +18,8 @@ struct ShapeReading {
     std::vector<Reach> Reached;           // of each node of the tree, from the scene
     std::vector<uint32_t> Parents;        // of each node of the tree; NoIndex without one
     std::map<uint32_t, Transform> Placed; // of nodes in the scene, as far as asked for
-    // By skin; none if the skin can't be used.
-    std::map<uint32_t, std::vector<Transform>> Joints;
+    // By skin; null if the skin can't be used.
+    std::map<uint32_t, std::shared_ptr<const std::vector<Transform>>> Joints;
     std::map<uint32_t, bool> Skinnable; // by mesh
     std::map<std::tuple<uint32_t, uint32_t, std::vector<double>>, uint32_t> Found;
     std::vector<GltfShape> Shapes;
@@ -125,11 +125,15 @@ bool CanUseSkin(ShapeReading& reading, uint32_t mesh, uint32_t skin) {
     std::string reason;
     const std::string end = "; the skin is left out";
     const auto [joints, isNewSkin] = reading.Joints.try_emplace(skin);
-    if (isNewSkin && !FindJoints(reading, skin, joints->second, reason)) {
-        reading.Remarks.push_back(reason + end);
-        joints->second.clear();
+    if (isNewSkin) {
+        std::vector<Transform> found;
+        if (FindJoints(reading, skin, found, reason)) {
+            joints->second = std::make_shared<const std::vector<Transform>>(std::move(found));
+        } else {
+            reading.Remarks.push_back(reason + end);
+        }
     }
-    if (joints->second.empty()) {
+    if (joints->second == nullptr) {
         return false;
     }
     const auto [skinnable, isNewMesh] = reading.Skinnable.try_emplace(mesh);

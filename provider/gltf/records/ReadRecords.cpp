@@ -9,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <map>
 
 // In the order of their enumerations, from the first known one on.
 constexpr std::array<std::string_view, 3> MeshoptModes = {"ATTRIBUTES", "TRIANGLES", "INDICES"};
@@ -16,7 +17,9 @@ constexpr std::array<std::string_view, 4> MeshoptFilters = {"NONE", "OCTAHEDRAL"
                                                             "EXPONENTIAL"};
 
 constexpr uint64_t LargestStride = 252; // bytes
-constexpr double TrianglesMode = 4;     // also the default
+// Of a primitive, and in its compressed mesh: for each attribute all are searched.
+constexpr uint32_t MostAttributes = 256;
+constexpr double TrianglesMode = 4; // also the default
 constexpr double StripMode = 5;
 constexpr double FanMode = 6;
 
@@ -26,6 +29,7 @@ struct RecordReading {
     const JsonTape& Json;
     GltfRecords& Output;
     std::string& Error;
+    std::map<std::string_view, uint32_t> Names; // of extensions that are not supported
 };
 
 bool Fail(RecordReading& reading, uint32_t value, const std::string& reason) {
@@ -56,20 +60,20 @@ uint32_t IndexOf(const RecordReading& reading, uint32_t object, std::string_view
 }
 
 // The index of the name of an extension; NoIndex if the name is empty.
-uint32_t KeepName(std::vector<std::string>& names, std::string_view name) {
+uint32_t KeepName(RecordReading& reading, std::string_view name) {
     if (name.empty()) {
         return NoIndex;
     }
-    const auto found = std::ranges::find(names, name);
-    if (found != names.end()) {
-        return static_cast<uint32_t>(found - names.begin());
+    std::vector<std::string>& names = reading.Output.Extensions;
+    const auto [found, isNew] = reading.Names.emplace(name, static_cast<uint32_t>(names.size()));
+    if (isNew) {
+        names.emplace_back(name);
     }
-    names.emplace_back(name);
-    return static_cast<uint32_t>(names.size() - 1);
+    return found->second;
 }
 
 uint32_t UnknownOf(RecordReading& reading, uint32_t object) {
-    return KeepName(reading.Output.Extensions, UnknownExtensionOf(reading.Json, object));
+    return KeepName(reading, UnknownExtensionOf(reading.Json, object));
 }
 
 // Calls read for each element of an array at the top level. All of them must be objects.
@@ -268,8 +272,15 @@ bool ReadMesh(RecordReading& reading, uint32_t object) {
         GltfPrimitive& primitive = mesh.Primitives.emplace_back();
         const uint32_t draco = ExtensionOf(json, element, DracoExtension);
         primitive.DracoView = IndexOf(reading, draco, "bufferView");
-        primitive.Attributes = ReadAttributes(json, ObjectMember(json, element, "attributes"),
-                                              ObjectMember(json, draco, "attributes"));
+        const uint32_t attributes = ObjectMember(json, element, "attributes");
+        const uint32_t dracoIds = ObjectMember(json, draco, "attributes");
+        for (const uint32_t members : {attributes, dracoIds}) {
+            if (members != 0 && CountIn(json, members) > MostAttributes) {
+                return Fail(reading, members,
+                            "there are more than " + std::to_string(MostAttributes) + " attributes");
+            }
+        }
+        primitive.Attributes = ReadAttributes(json, attributes, dracoIds);
         for (const uint32_t target : ElementsOf(json, ArrayMember(json, element, "targets"))) {
             primitive.Targets.push_back(ReadAttributes(json, target, 0));
         }
@@ -292,7 +303,7 @@ bool ReadTexture(RecordReading& reading, uint32_t object) {
     }
     for (const std::string_view name : PictureExtensions) {
         if (texture.Image == NoIndex && ExtensionOf(json, object, name) != 0) {
-            texture.Extension = KeepName(reading.Output.Extensions, name);
+            texture.Extension = KeepName(reading, name);
         }
     }
     reading.Output.Textures.push_back(texture);
@@ -314,7 +325,7 @@ void ReadSkins(RecordReading& reading) {
 } // namespace
 
 bool ReadGltfRecords(const JsonTape& json, GltfRecords& records, std::string& error) {
-    RecordReading reading = {json, records, error};
+    RecordReading reading = {json, records, error, {}};
     ReadSkins(reading);
     const auto with = [&](bool (*read)(RecordReading&, uint32_t)) {
         return [&reading, read](uint32_t object) {

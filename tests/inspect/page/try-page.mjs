@@ -18,7 +18,7 @@ const WIDE = [1280, 800];
 const NARROW = [400, 800];
 const MOST_SECONDS = 10; // For a million triangles, without a GPU.
 const HOSTILE = "</script><img src=x onerror=alert(1)>";
-const HOSTILE_TOO = "<!--<script>\u2028&amp;";
+const HOSTILE_TOO = "<!--<script>\u2028&amp;</script x=";
 
 if (!existsSync(programOf(browserName))) {
   console.log(`SKIPPED: ${programOf(browserName)} isn't installed`);

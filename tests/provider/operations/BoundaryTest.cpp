@@ -166,9 +166,10 @@ TEST(ProviderBoundary, OpensOneModelAtATime) {
     EXPECT_FALSE(WalkModel(EveryKind).Handles.empty());
     EXPECT_EQ(WalkModel(EveryKind).Text, "another model is still open\n");
     SUTerminate();
-    // One line, whatever the file holds.
-    const std::u16string path = WriteTestText(u"wrong.json", "{\"orvaneModel\": 1,\n \"a\\n\": 3}");
-    EXPECT_EQ(WalkModel(path).Text, "a : unknown key\n");
+    // One line that does nothing to a terminal, whatever the file holds.
+    const std::u16string path = WriteTestText(
+        u"wrong.json", "{\"orvaneModel\": 1,\n \"a\\n\\u001b\\u007f\\u009b\\u202e\u00e9\": 3}");
+    EXPECT_EQ(WalkModel(path).Text, "a     \u00e9: unknown key\n");
 }
 
 TEST(ProviderBoundary, WritesPicturesOfAllKindsAsPng) {

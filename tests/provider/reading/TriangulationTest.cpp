@@ -192,7 +192,18 @@ TEST(ProviderTriangulation, KeepsCornersAndAddsPointsOnlyWhereOutlinesCross) {
     EXPECT_EQ(star.Crossings.size(), 5U);
 }
 
-TEST(ProviderTriangulation, RejectsPolygonsWithoutArea) {
+TEST(ProviderTriangulation, RejectsPolygonsWithoutAreaAndTangledOnes) {
+    // Stars whose edges cross three and fifteen times per corner.
+    for (const size_t step : {size_t{4}, size_t{16}}) {
+        const Loop circle = Circle(33);
+        PolygonTriangulation star;
+        for (size_t i = 0; i < circle.size(); ++i) {
+            star.Points.push_back(circle[i * step % circle.size()]);
+        }
+        star.LoopEnds = {33};
+        EXPECT_EQ(TriangulatePolygon(star, {0, 0, 1}), step == 4);
+    }
+
     Point3 normal;
     EXPECT_FALSE(NormalOfLoop(Loop{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, normal));
     EXPECT_FALSE(NormalOfLoop(Loop{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, normal));
