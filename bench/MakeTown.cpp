@@ -1,14 +1,19 @@
-// Writes the town as binary glTF with the given number of triangles: districts of blocks of houses, each
-// block a mesh with one primitive per material. Each quad has its own four vertices. The last fifth of
-// the blocks reuse the mesh of the first one. Each fifth material has an embedded PNG picture.
+// Writes models as binary glTF with the given number of triangles. The town has districts of blocks of
+// houses, each block a mesh with one primitive per material. The last fifth of the blocks reuse the mesh
+// of the first one. Each fifth material has an embedded PNG picture. Its triangles are loose, each with
+// its own three vertices, or indexed: equal vertices of a primitive are one. The ground is one indexed
+// mesh, a hilly square, in the town's first material.
 #include "City.h"
 #include "provider/model/ModelPicture.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -28,7 +33,10 @@ struct Primitive {
     float Max[3] = {-1e30f, -1e30f, -1e30f};
 };
 
+enum class Form { Loose, Indexed, Ground };
+
 struct Town {
+    Form Vertices = Form::Loose;
     std::string Meshes;
     std::string Accessors;
     std::string Views;
@@ -37,26 +45,68 @@ struct Town {
     size_t AccessorCount = 0;
 };
 
-void AddQuad(Primitive& primitive, const Quad& quad) {
-    const auto first = static_cast<uint32_t>(primitive.Vertices.size() / 8);
-    for (size_t i = 0; i < 4; ++i) {
-        // Y up, as in glTF.
-        const Point& p = quad.Corners[i];
-        const float position[3] = {static_cast<float>(p[0]), static_cast<float>(p[2]),
-                                   static_cast<float>(-p[1])};
-        for (size_t axis = 0; axis < 3; ++axis) {
-            primitive.Min[axis] = std::min(primitive.Min[axis], position[axis]);
-            primitive.Max[axis] = std::max(primitive.Max[axis], position[axis]);
+using VertexFloats = std::array<float, 8>;
+
+// The vertices of a primitive so far, by their floats.
+using VertexNumbers = std::map<VertexFloats, uint32_t>;
+
+VertexFloats FloatsOf(const Quad& quad, size_t corner) {
+    // Y up, as in glTF.
+    const Point& p = quad.Corners[corner];
+    const Point& n = quad.Normal;
+    const auto& uv = quad.Coordinates[corner];
+    return {static_cast<float>(p[0]),  static_cast<float>(p[2]),       static_cast<float>(-p[1]),
+            static_cast<float>(n[0]),  static_cast<float>(n[2]),       static_cast<float>(-n[1]),
+            static_cast<float>(uv[0]), static_cast<float>(1.0 - uv[1])};
+}
+
+uint32_t AddVertex(Primitive& primitive, const VertexFloats& vertex) {
+    for (size_t axis = 0; axis < 3; ++axis) {
+        primitive.Min[axis] = std::min(primitive.Min[axis], vertex[axis]);
+        primitive.Max[axis] = std::max(primitive.Max[axis], vertex[axis]);
+    }
+    primitive.Vertices.insert(primitive.Vertices.end(), vertex.begin(), vertex.end());
+    return static_cast<uint32_t>(primitive.Vertices.size() / vertex.size()) - 1;
+}
+
+void AddQuad(Primitive& primitive, const Quad& quad, VertexNumbers* numbers) {
+    for (const size_t corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
+        const VertexFloats vertex = FloatsOf(quad, corner);
+        if (numbers == nullptr) {
+            primitive.Indices.push_back(AddVertex(primitive, vertex));
+            continue;
         }
-        primitive.Vertices.insert(primitive.Vertices.end(), position, position + 3);
-        for (const double value : {quad.Normal[0], quad.Normal[2], -quad.Normal[1],
-                                   quad.Coordinates[i][0], 1.0 - quad.Coordinates[i][1]}) {
-            primitive.Vertices.push_back(static_cast<float>(value));
+        const auto [place, isNew] = numbers->try_emplace(vertex);
+        if (isNew) {
+            place->second = AddVertex(primitive, vertex);
+        }
+        primitive.Indices.push_back(place->second);
+    }
+}
+
+// A square of so many quads, each of two triangles.
+Primitive MakeGround(uint64_t quadCount) {
+    const auto side = static_cast<uint32_t>(std::sqrt(static_cast<double>(quadCount)));
+    Primitive ground;
+    for (uint32_t row = 0; row <= side; ++row) {
+        for (uint32_t column = 0; column <= side; ++column) {
+            const auto x = static_cast<float>(column);
+            const auto z = static_cast<float>(row);
+            const float slope = 0.3f * std::cos(0.1f * x);
+            const float length = std::sqrt(1 + slope * slope);
+            AddVertex(ground, {x, 3 * std::sin(0.1f * x), z, -slope / length, 1 / length, 0, 0.25f * x,
+                               0.25f * z});
         }
     }
-    for (const uint32_t corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
-        primitive.Indices.push_back(first + corner);
+    for (uint32_t row = 0; row < side; ++row) {
+        for (uint32_t column = 0; column < side; ++column) {
+            const uint32_t first = row * (side + 1) + column;
+            const uint32_t next = first + side + 1;
+            ground.Indices.insert(ground.Indices.end(),
+                                  {first, next, next + 1, first, next + 1, first + 1});
+        }
     }
+    return ground;
 }
 
 void Separate(std::string& list) {
@@ -99,9 +149,15 @@ void AddMesh(Town& town, uint64_t firstQuad, uint64_t count) {
     constexpr int floats = 5126;
     constexpr int unsigned32 = 5125;
     std::map<uint32_t, Primitive> primitives;
+    std::map<uint32_t, VertexNumbers> numbers;
+    if (town.Vertices == Form::Ground) {
+        primitives[0] = MakeGround(count);
+        count = 0;
+    }
     for (uint64_t i = 0; i < count; ++i) {
         const Quad quad = CityQuad(firstQuad + i);
-        AddQuad(primitives[quad.Material], quad);
+        AddQuad(primitives[quad.Material], quad,
+                town.Vertices == Form::Indexed ? &numbers[quad.Material] : nullptr);
     }
     std::string list;
     for (const auto& [material, primitive] : primitives) {
@@ -185,12 +241,15 @@ bool Put(std::FILE* file, const void* bytes, size_t size) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "Usage: make-town <triangles> <file.glb>\n");
+    const std::string_view form = argc == 4 ? argv[1] : "";
+    if (form != "loose" && form != "indexed" && form != "ground") {
+        std::fprintf(stderr, "Usage: make-town loose|indexed|ground <triangles> <file.glb>\n");
         return 1;
     }
-    const uint64_t quadCount = std::strtoull(argv[1], nullptr, 10) / 2;
+    const uint64_t quadCount = std::strtoull(argv[2], nullptr, 10) / 2;
     Town town;
+    town.Vertices = form == "loose" ? Form::Loose : form == "indexed" ? Form::Indexed : Form::Ground;
+    const uint64_t quadsPerMesh = town.Vertices == Form::Ground ? quadCount : QuadsPerBlock;
     std::string nodes;
     std::string districts; // node numbers, as in blocks
     std::string blocks;
@@ -204,7 +263,7 @@ int main(int argc, char** argv) {
     };
     size_t blockCount = 0;
     for (uint64_t done = 0; done < quadCount;) {
-        const uint64_t count = std::min(QuadsPerBlock, quadCount - done);
+        const uint64_t count = std::min(quadsPerMesh, quadCount - done);
         const bool repeats = count == QuadsPerBlock && done >= quadCount / 5 * 4;
         if (!repeats) {
             AddMesh(town, done, count);
@@ -237,13 +296,13 @@ int main(int argc, char** argv) {
     const auto binarySize = static_cast<uint32_t>(town.Binary.size());
     const uint32_t header[5] = {GlbMagic, 2, 28 + jsonSize + binarySize, jsonSize, JsonChunk};
     const uint32_t binaryHeader[2] = {binarySize, BinaryChunk};
-    std::FILE* file = std::fopen(argv[2], "wb");
+    std::FILE* file = std::fopen(argv[3], "wb");
     const bool written = file != nullptr && Put(file, header, sizeof header) &&
                          Put(file, json.data(), json.size()) &&
                          Put(file, binaryHeader, sizeof binaryHeader) &&
                          Put(file, town.Binary.data(), town.Binary.size()) && std::fclose(file) == 0;
     if (!written) {
-        std::perror(argv[2]);
+        std::perror(argv[3]);
     }
     return written ? 0 : 1;
 }

@@ -75,6 +75,15 @@ std::vector<Vertex> MakePool(Shape shape, size_t count) {
     return vertices;
 }
 
+// A pool in which each corner has a vertex of its own.
+VertexPool PoolOf(const std::vector<Vertex>& vertices) {
+    VertexPool pool;
+    std::ranges::copy(vertices, pool.Vertices.Append(vertices.size()));
+    pool.Corners.Resize(vertices.size());
+    std::iota(pool.Corners.begin(), pool.Corners.end(), 0u);
+    return pool;
+}
+
 template <class Work> double SecondsOf(Work work) {
     const auto start = std::chrono::steady_clock::now();
     work();
@@ -99,22 +108,20 @@ void Weld(benchmark::State& state, Shape shape) {
     size_t oursKept = 0;
     size_t peersKept = 0;
     std::vector<VertexPool> pools(copies);
-    std::vector<std::vector<uint32_t>> indices(copies);
+    WeldScratch scratch;
     std::vector<uint32_t> remap(count);
     std::vector<uint32_t> remappedIndices(count);
     std::vector<Vertex> remapped(count);
     while (state.KeepRunning()) {
         for (size_t i = 0; i < copies; ++i) {
-            pools[i] = {.Vertices = pool, .Welded = false};
-            indices[i].resize(count);
-            std::iota(indices[i].begin(), indices[i].end(), 0u);
+            pools[i] = PoolOf(pool);
         }
         const double seconds = SecondsOf([&] {
             for (size_t i = 0; i < copies; ++i) {
-                WeldVertices(pools[i], indices[i], WeldTolerance);
+                WeldVertices(pools[i], scratch, WeldTolerance);
             }
         });
-        oursKept = pools[0].Vertices.size();
+        oursKept = pools[0].Vertices.Count;
         peers += SecondsOf([&] {
             for (size_t i = 0; i < copies; ++i) {
                 peersKept = meshopt_generateVertexRemap(remap.data(), nullptr, count, pool.data(), count,
@@ -135,17 +142,15 @@ void Weld(benchmark::State& state, Shape shape) {
 
 void Split(benchmark::State& state) {
     const auto count = static_cast<size_t>(state.range(0));
-    VertexPool welded = {.Vertices = MakePool(Building, count), .Welded = false};
-    std::vector<uint32_t> indices(count);
-    std::iota(indices.begin(), indices.end(), 0u);
-    WeldVertices(welded, indices, WeldTolerance);
+    const std::vector<Vertex> vertices = MakePool(Building, count);
     double seconds = 0;
     while (state.KeepRunning()) {
-        VertexPool pool = welded;
-        std::vector<uint32_t> copy = indices;
+        VertexPool pool = PoolOf(vertices);
+        WeldScratch scratch;
+        WeldVertices(pool, scratch, WeldTolerance);
         SceneNode node(u"");
-        const double time =
-            SecondsOf([&] { AddMeshes(node, std::move(copy), std::move(pool), DefaultMaterialIndex); });
+        MeshMemory memory;
+        const double time = SecondsOf([&] { AddMeshes(node, pool, DefaultMaterialIndex, memory); });
         seconds += time;
         state.SetIterationTime(time);
     }
@@ -168,11 +173,11 @@ void WriteAll(const std::filesystem::path& path, const std::string& bytes) {
 void Write(benchmark::State& state) {
     const auto vertexCount = static_cast<size_t>(state.range(0));
     SceneNode root(u"");
-    VertexPool pool = {.Vertices = MakePool(Building, vertexCount), .Welded = false};
-    std::vector<uint32_t> indices(vertexCount);
-    std::iota(indices.begin(), indices.end(), 0u);
-    WeldVertices(pool, indices, WeldTolerance);
-    AddMeshes(root, std::move(indices), std::move(pool), DefaultMaterialIndex);
+    VertexPool pool = PoolOf(MakePool(Building, vertexCount));
+    WeldScratch scratch;
+    MeshMemory memory;
+    WeldVertices(pool, scratch, WeldTolerance);
+    AddMeshes(root, pool, DefaultMaterialIndex, memory);
     MaterialTable materials;
     materials.Rows.resize(1);
     const std::filesystem::path folder = std::filesystem::temp_directory_path();

@@ -80,9 +80,12 @@ if(WIN32)
 else()
   list(APPEND noticesOf zlib1g-dev libglu1-mesa libstdc++6 libc6)
 endif()
+if(ORVANE_PAGE)
+  list(APPEND noticesOf ${CMAKE_BINARY_DIR}/page/node_modules/three/LICENSE)
+endif()
 install(CODE "
   set(target ${packageDir}/${noticesFile})
-  set(packages ${noticesOf})
+  set(notices \"${noticesOf}\")
   include(${CMAKE_CURRENT_LIST_DIR}/Notices.cmake)")
 install(FILES ${packageDir}/${noticesFile} DESTINATION ${documentDir})
 

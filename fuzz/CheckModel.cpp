@@ -34,7 +34,10 @@ void CheckSide(const Model& model, const ModelFace& face, const ModelSide& side)
     ExpectIndexOrNone(side.Material, model.Materials.size());
     ExpectIndexOrNone(side.Mapping, model.Mappings.size());
     if (side.Coordinates != NoIndex) {
-        ExpectRange({side.Coordinates, face.Vertices.Count}, model.Coordinates.size());
+        Expect(face.IsSingle == (side.Surface != NoIndex));
+        ExpectIndexOrNone(side.Surface, model.Surfaces.size());
+        ExpectRange({side.Coordinates, face.Vertices.Count},
+                    face.IsSingle ? model.SingleCoordinates.Count : model.Coordinates.Count);
     }
 }
 
@@ -42,14 +45,15 @@ void CheckFace(const Model& model, const ModelFace& face) {
     CheckSide(model, face, face.Front);
     CheckSide(model, face, face.Back);
     ExpectIndex(face.Layer, model.Layers.size());
-    ExpectRange(face.Vertices, model.Positions.size());
-    ExpectRange(face.Indices, model.Indices.size());
+    ExpectRange(face.Vertices, face.IsSingle ? model.SinglePositions.Count : model.Positions.Count);
+    ExpectRange(face.Indices, model.Indices.Count);
     Expect(face.Indices.Count % 3 == 0);
     for (uint32_t i = 0; i < face.Indices.Count; ++i) {
         ExpectIndex(model.Indices[face.Indices.First + i], face.Vertices.Count);
     }
     if (face.Normals != NoIndex) {
-        ExpectRange({face.Normals, face.Vertices.Count}, model.Normals.size());
+        ExpectRange({face.Normals, face.Vertices.Count},
+                    face.IsSingle ? model.SingleNormals.Count : model.Normals.Count);
     }
 }
 

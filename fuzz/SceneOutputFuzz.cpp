@@ -1,8 +1,11 @@
-// Feeds a scene file and a picture file to the drawing and the glTF export of scene-inspect. An input is
-// the size of the scene file in 4 bytes, that file, and the picture file, which all textures use.
+// Feeds a scene file and a picture file to the drawing, the glTF export and the page of scene-inspect.
+// An input is the size of the scene file in 4 bytes, that file, and the picture file, which all textures
+// use.
 #include "FuzzInput.h"
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/gltf/GltfExport.h"
+#include "inspect/page/PageExport.h"
+#include "inspect/page/PageTemplate.h"
 #include "inspect/stored/SceneReader.h"
 #include "picture/PictureReader.h"
 #include "picture/PngWriter.h"
@@ -28,6 +31,16 @@ void GiveTexture(std::span<const uint8_t> file, StoredScene& scene, TextureShelf
             }
         }
     }
+}
+
+// No text of the scene is HTML in its page: all marks are those of the elements that contain the data.
+void CheckPage(const StoredScene& scene, TextureShelf& shelf) {
+    const PageFile page = ExportPage(scene, shelf, u"</script>");
+    const auto marks = [](std::string_view html) {
+        return std::count(html.begin(), html.end(), '<');
+    };
+    const auto added = marks(page.Bytes) - marks(PageTemplate) + 1;
+    Expect(PageTemplate.empty() || added == 4 || added == 6);
 }
 
 } // namespace
@@ -58,5 +71,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Expect(glb.starts_with("glTF") && glb.size() >= lengthAt + sizeof length);
     std::memcpy(&length, glb.data() + lengthAt, sizeof length);
     Expect(length == glb.size() && shelf.Warnings.empty());
+    CheckPage(scene, shelf);
     return 0;
 }

@@ -2,6 +2,7 @@
 #include "inspect/Options.h"
 #include "inspect/drawing/ScenePicture.h"
 #include "inspect/gltf/GltfExport.h"
+#include "inspect/page/PageExport.h"
 #include "inspect/report/SceneDiff.h"
 #include "inspect/report/SceneJson.h"
 #include "inspect/report/SceneSummary.h"
@@ -13,9 +14,9 @@
 #include "picture/PngWriter.h"
 #include "platform/Bytes.h"
 #include "platform/Files.h"
-#include "platform/Main.h"
 #include "platform/Platform.h"
 #include "platform/ProgressLine.h"
+#include "platform/entry/Main.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -99,7 +100,7 @@ int ReportScene(const Options& options, const StoredScene& scene) {
                  Sound);
 }
 
-// False if the file can't be written in full; the same for the next two.
+// False if the file can't be written in full; the same for the three below.
 bool WriteOutput(const std::u16string& path, std::string_view bytes) {
     const int reason = WriteWholeFile(path, BytesOfText(bytes));
     if (reason != 0) {
@@ -108,17 +109,31 @@ bool WriteOutput(const std::u16string& path, std::string_view bytes) {
     return reason == 0;
 }
 
+void WarnOfTriangles(const Options& options, uint64_t count, const std::u16string& output) {
+    if (count != 0) {
+        PrintError(options.File + u": " + Counted(count, u"triangle", u"triangles") +
+                   u" with non-finite numbers omitted from " + output);
+    }
+}
+
 bool WriteGltf(const Options& options, const StoredScene& scene, TextureShelf& textures) {
     const GltfFile gltf = ExportGltf(scene, textures);
-    if (gltf.TrianglesLeftOut != 0) {
-        PrintError(options.File + u": " + Counted(gltf.TrianglesLeftOut, u"triangle", u"triangles") +
-                   u" with non-finite numbers omitted from " + options.GltfFile);
-    }
+    WarnOfTriangles(options, gltf.TrianglesLeftOut, options.GltfFile);
     if (gltf.Bytes.empty()) {
         PrintError(options.GltfFile + u": the scene exceeds the limit of binary glTF, 4 GiB");
         return false;
     }
     return WriteOutput(options.GltfFile, gltf.Bytes);
+}
+
+bool WritePage(const Options& options, const StoredScene& scene, TextureShelf& textures) {
+    const PageFile page = ExportPage(scene, textures, LastComponent(options.File));
+    if (page.Bytes.empty()) {
+        PrintError(options.PageFile + u": " + page.Reason);
+        return false;
+    }
+    WarnOfTriangles(options, page.TrianglesLeftOut, options.PageFile);
+    return WriteOutput(options.PageFile, page.Bytes);
 }
 
 bool WriteDrawing(const Options& options, const StoredScene& scene, TextureShelf& textures) {
@@ -149,7 +164,7 @@ void Announce(ProgressLine& progress, const char* what, uint64_t triangles) {
     }
 }
 
-// Writes the binary glTF file and the picture, if requested.
+// Writes the binary glTF file, the picture and the page, if requested.
 int WriteOutputs(const Options& options, const StoredScene& scene, ProgressLine& progress) {
     const SceneSummary summary = Summarize(scene);
     if (const uint64_t count = summary.NodesWithMatrix; count != 0) {
@@ -167,6 +182,10 @@ int WriteOutputs(const Options& options, const StoredScene& scene, ProgressLine&
         Announce(progress, "Drawing: ", summary.Triangles);
         written = WriteDrawing(options, scene, textures) && written;
     }
+    if (!options.PageFile.empty()) {
+        Announce(progress, "Making the page: ", summary.Triangles);
+        written = WritePage(options, scene, textures) && written;
+    }
     EraseProgress(progress);
     for (const std::u16string& warning : textures.Warnings) {
         PrintError(options.File + u": " + warning);
@@ -178,7 +197,8 @@ int WriteOutputs(const Options& options, const StoredScene& scene, ProgressLine&
 int Run(const Options& options) {
     ProgressLine progress;
     StartProgress(progress);
-    const bool wantsOutput = !options.GltfFile.empty() || !options.PictureFile.empty();
+    const bool wantsOutput =
+        !options.GltfFile.empty() || !options.PictureFile.empty() || !options.PageFile.empty();
     if (options.Kind != Report::Differences && !wantsOutput) {
         return ReportPartByPart(options, progress);
     }

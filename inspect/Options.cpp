@@ -80,6 +80,8 @@ void TakeOption(Parsing& parsing, const std::u16string& option, Options& options
         options.GltfFile = TakeValue(parsing, option);
     } else if (option == u"--png") {
         options.PictureFile = TakeValue(parsing, option);
+    } else if (option == u"--html") {
+        options.PageFile = TakeValue(parsing, option);
     } else if (option == u"--textures") {
         options.TextureDirectory = TakeValue(parsing, option);
     } else if (option == u"--size") {
@@ -96,11 +98,13 @@ void CheckOutputs(Parsing& parsing, const Options& options) {
             parsing.Wrong = u"output " + Quoted(output) + u" would overwrite " + Quoted(file);
         }
     };
-    for (const std::u16string& output : {options.GltfFile, options.PictureFile}) {
+    for (const std::u16string& output : {options.GltfFile, options.PictureFile, options.PageFile}) {
         checkOverwrite(output, options.File);
         checkOverwrite(output, options.Other);
     }
     checkOverwrite(options.PictureFile, options.GltfFile);
+    checkOverwrite(options.PageFile, options.GltfFile);
+    checkOverwrite(options.PageFile, options.PictureFile);
 }
 
 void CheckTogether(Parsing& parsing, const Options& options) {
@@ -111,8 +115,8 @@ void CheckTogether(Parsing& parsing, const Options& options) {
         parsing.Wrong = u"no scene file is given";
     } else if (has(u"--size") && !has(u"--png")) {
         parsing.Wrong = u"--size requires --png";
-    } else if (has(u"--textures") && !has(u"--png") && !has(u"--glb")) {
-        parsing.Wrong = u"--textures requires --png or --glb";
+    } else if (has(u"--textures") && !has(u"--png") && !has(u"--glb") && !has(u"--html")) {
+        parsing.Wrong = u"--textures requires --html, --glb or --png";
     } else {
         CheckOutputs(parsing, options);
     }
@@ -150,6 +154,7 @@ std::u16string UsageText() {
            u"  --json          prints the summary as JSON\n"
            u"  --diff OTHER    prints the number of differences from OTHER, and the first one\n"
            u"Outputs:\n"
+           u"  --html OUT      writes a page that shows the scene in a browser\n"
            u"  --glb OUT       writes the scene as binary glTF 2.0\n"
            u"  --png OUT       writes a picture of the scene\n"
            u"  --size WxH      sets the size of that picture; the default is 1280x800\n"

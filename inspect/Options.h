@@ -16,13 +16,14 @@ struct Options {
     std::u16string Other; // The file to compare with. Empty for none, as below.
     std::u16string GltfFile;
     std::u16string PictureFile;
+    std::u16string PageFile;
     std::u16string TextureDirectory; // Empty: that of File.
     uint32_t Width = 1280;           // Pixels of the picture.
     uint32_t Height = 800;
 };
 
 // Returns an empty text, or the reason why the arguments are invalid. An output must not name an input
-// or the other output.
+// or another output.
 std::u16string ParseOptions(const std::vector<std::u16string>& arguments, Options& options);
 
 // Lines, each with a final LF.

@@ -4,6 +4,7 @@
 
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -21,9 +22,15 @@ size_t ComponentStart(std::u16string_view path) {
     return HasDrive(path) ? 2 : 0;
 }
 
-} // namespace
+void Resize(std::vector<uint8_t>& bytes, size_t size) {
+    bytes.resize(size);
+}
 
-bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size_t mostBytes) {
+void Resize(LargeArray<uint8_t>& bytes, size_t size) {
+    bytes.Resize(size);
+}
+
+template <class Bytes> bool ReadFile(const std::u16string& path, Bytes& bytes, size_t mostBytes) {
     // Before opening, because opening a pipe without a writer blocks.
     if ((FileAttributes(path) & (DirectoryAttribute | DeviceAttribute)) != 0) {
         return false;
@@ -35,15 +42,28 @@ bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size
     if (file == nullptr) {
         return false;
     }
-    bytes.clear();
-    size_t count = ReadStep;
-    while (count == ReadStep && bytes.size() <= mostBytes) {
-        const size_t size = bytes.size();
-        bytes.resize(size + ReadStep);
-        count = std::fread(bytes.data() + size, 1, ReadStep, file.get());
-        bytes.resize(size + count);
+    // One byte more than the file has now, to see its end without a second step.
+    const uint64_t stated = std::min<uint64_t>(SizeOfStream(file.get()), mostBytes) + 1;
+    size_t step = stated > 1 && stated < SIZE_MAX ? static_cast<size_t>(stated) : ReadStep;
+    size_t size = 0;
+    for (size_t count = step; count == step && size <= mostBytes;) {
+        step = size == 0 ? step : ReadStep;
+        Resize(bytes, size + step);
+        count = std::fread(&bytes[size], 1, step, file.get());
+        size += count;
     }
-    return std::ferror(file.get()) == 0 && bytes.size() <= mostBytes;
+    Resize(bytes, size);
+    return std::ferror(file.get()) == 0 && size <= mostBytes;
+}
+
+} // namespace
+
+bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size_t mostBytes) {
+    return ReadFile(path, bytes, mostBytes);
+}
+
+bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, size_t mostBytes) {
+    return ReadFile(path, bytes, mostBytes);
 }
 
 int WriteWholeFile(const std::u16string& path, std::span<const uint8_t> bytes) {

@@ -6,6 +6,8 @@
 // directory. The paths of output files have rules of their own in src/run/Paths.h.
 #pragma once
 
+#include "platform/LargeArray.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -15,8 +17,10 @@
 
 // Replaces bytes with the contents of a file. Returns false if the file can't be opened or read to its
 // end, is a directory, a pipe or a device, which may never end, or has more than the most bytes; bytes
-// are then unusable. Reads at most one mebibyte more.
+// are then unusable. Reads at most one mebibyte more. A file that can be large is read into a
+// LargeArray.
 bool ReadWholeFile(const std::u16string& path, std::vector<uint8_t>& bytes, size_t mostBytes = SIZE_MAX);
+bool ReadWholeFile(const std::u16string& path, LargeArray<uint8_t>& bytes, size_t mostBytes = SIZE_MAX);
 
 // Creates or replaces a file. Returns 0, or the error number (errno) if the file can't be opened or not
 // all bytes are written: EIO if the system sets none.

@@ -1,4 +1,4 @@
-// System-dependent operations: files, directories, code pages and standard output.
+// System-dependent operations: files, directories, code pages, standard output and mapped memory.
 //
 // Paths are UTF-16, as the user wrote them. On POSIX both slash and backslash separate, a leading drive
 // is dropped, and names are UTF-8. On Windows paths are passed to the system unchanged, except that
@@ -7,10 +7,32 @@
 
 #include "platform/Text.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
+
+// The alignment of mappings. The largest page that systems commonly give to programs. [Units:
+// bytes]
+constexpr size_t LargePage = size_t{1} << 21;
+
+// Memory straight from the system, for platform/LargeArray.h only. Sizes are multiples of the system's
+// pages. The system is asked for large pages where it has them; new memory is zero.
+//
+// MapMemory returns null if there is no memory. reserved becomes the size of the addresses taken, which
+// the other operations need.
+std::byte* MapMemory(size_t size, size_t& reserved);
+// Grows a mapping from former to size bytes. The bytes move to new addresses without being copied or, on
+// systems that cannot do that, the first used ones are copied. Returns false, with the mapping
+// unchanged, if there is no memory.
+bool GrowMapping(std::byte*& bytes, size_t& reserved, size_t former, size_t size, size_t used);
+// Returns the memory behind the first size bytes to the system.
+void ShrinkMapping(std::byte* bytes, size_t& reserved, size_t former, size_t size);
+void UnmapMemory(std::byte* bytes, size_t reserved);
+
+// The size of an open file in bytes; 0 if it has none, as a pipe.
+uint64_t SizeOfStream(std::FILE* stream);
 
 // Results of FileAttributes. All bits are set for a path that can't be examined.
 constexpr uint32_t InvalidAttributes = 0xFFFFFFFF;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -98,7 +99,92 @@ char Windows1252FromUnit(char16_t unit) {
     return '?';
 }
 
+// Maps size bytes at a multiple of LargePage: maps more and returns what is before and after. Returns
+// null if there is no memory.
+std::byte* MapAligned(size_t size, int protection) {
+    void* const mapped = mmap(nullptr, size + LargePage, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED) {
+        return nullptr;
+    }
+    auto* const first = static_cast<std::byte*>(mapped);
+    const size_t beyond = reinterpret_cast<uintptr_t>(mapped) % LargePage;
+    const size_t before = beyond == 0 ? 0 : LargePage - beyond;
+    if (before > 0) {
+        munmap(first, before);
+    }
+    munmap(first + before + size, LargePage - before);
+    return first + before;
+}
+
+// From this size on a mapping is given large pages. In a smaller one, the unused end of the last page
+// would be too large a part.
+constexpr size_t SmallestOfLargePages = 4 * LargePage;
+
+// A system without large pages refuses, which changes nothing.
+void AskForLargePages([[maybe_unused]] std::byte* bytes, [[maybe_unused]] size_t size) {
+#ifdef MADV_HUGEPAGE
+    if (size >= SmallestOfLargePages) {
+        madvise(bytes, size, MADV_HUGEPAGE);
+    }
+#endif
+}
+
 } // namespace
+
+std::byte* MapMemory(size_t size, size_t& reserved) {
+    std::byte* const bytes = MapAligned(size, PROT_READ | PROT_WRITE);
+    if (bytes != nullptr) {
+        AskForLargePages(bytes, size);
+        reserved = size;
+    }
+    return bytes;
+}
+
+bool GrowMapping(std::byte*& bytes, size_t& reserved, size_t former, size_t size,
+                 [[maybe_unused]] size_t used) {
+#ifdef MREMAP_FIXED
+    if (mremap(bytes, former, size, 0) == MAP_FAILED) {
+        // To an aligned address, since otherwise each large page would be split.
+        std::byte* const target = MapAligned(size, PROT_NONE);
+        if (target == nullptr) {
+            return false;
+        }
+        if (mremap(bytes, former, size, MREMAP_MAYMOVE | MREMAP_FIXED, target) == MAP_FAILED) {
+            munmap(target, size);
+            return false;
+        }
+        bytes = target;
+    }
+    AskForLargePages(bytes, size);
+#else
+    size_t ignored = 0;
+    std::byte* const target = MapMemory(size, ignored);
+    if (target == nullptr) {
+        return false;
+    }
+    std::copy_n(bytes, used, target);
+    munmap(bytes, former);
+    bytes = target;
+#endif
+    reserved = size;
+    return true;
+}
+
+void ShrinkMapping(std::byte* bytes, size_t& reserved, size_t former, size_t size) {
+    munmap(bytes + size, former - size);
+    reserved = size;
+}
+
+void UnmapMemory(std::byte* bytes, size_t reserved) {
+    munmap(bytes, reserved);
+}
+
+uint64_t SizeOfStream(std::FILE* stream) {
+    struct stat status = {};
+    return fstat(fileno(stream), &status) == 0 && S_ISREG(status.st_mode)
+               ? static_cast<uint64_t>(status.st_size)
+               : 0;
+}
 
 std::FILE* OpenForWriting(const std::u16string& path) {
     return std::fopen(SystemPath(path).c_str(), "wb");

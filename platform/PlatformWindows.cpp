@@ -1,9 +1,11 @@
 // The Windows side of the platform layer, with wide-character calls only.
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <io.h>
+#include <sys/stat.h>
 #include <windows.h>
 
 namespace {
@@ -109,6 +111,55 @@ bool AreHardLinks(const std::wstring& a, const std::wstring& b) {
 }
 
 } // namespace
+
+// Addresses taken for each byte in use. Growing within them copies nothing, and addresses alone cost no
+// memory.
+static constexpr size_t ReservedTimes = 16;
+
+std::byte* MapMemory(size_t size, size_t& reserved) {
+    for (size_t times = ReservedTimes; times > 0; times /= 4) {
+        void* const bytes = VirtualAlloc(nullptr, size * times, MEM_RESERVE, PAGE_READWRITE);
+        if (bytes == nullptr) {
+            continue;
+        }
+        if (VirtualAlloc(bytes, size, MEM_COMMIT, PAGE_READWRITE) != nullptr) {
+            reserved = size * times;
+            return static_cast<std::byte*>(bytes);
+        }
+        VirtualFree(bytes, 0, MEM_RELEASE);
+    }
+    return nullptr;
+}
+
+bool GrowMapping(std::byte*& bytes, size_t& reserved, size_t former, size_t size, size_t used) {
+    if (size <= reserved) {
+        return VirtualAlloc(bytes + former, size - former, MEM_COMMIT, PAGE_READWRITE) != nullptr;
+    }
+    std::byte* const target = MapMemory(size, reserved);
+    if (target == nullptr) {
+        return false;
+    }
+    std::copy_n(bytes, used, target);
+    VirtualFree(bytes, 0, MEM_RELEASE);
+    bytes = target;
+    return true;
+}
+
+void ShrinkMapping(std::byte* bytes, size_t&, size_t former, size_t size) {
+    // Keeps the addresses.
+    VirtualFree(bytes + size, former - size, MEM_DECOMMIT);
+}
+
+void UnmapMemory(std::byte* bytes, size_t) {
+    VirtualFree(bytes, 0, MEM_RELEASE);
+}
+
+uint64_t SizeOfStream(std::FILE* stream) {
+    struct _stat64 status = {};
+    return _fstat64(_fileno(stream), &status) == 0 && (status.st_mode & _S_IFREG) != 0
+               ? static_cast<uint64_t>(status.st_size)
+               : 0;
+}
 
 std::FILE* OpenForWriting(const std::u16string& path) {
     return _wfopen(SystemName(path).c_str(), L"wb");

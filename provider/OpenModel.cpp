@@ -16,7 +16,7 @@ static std::string EndingOfPath(const std::u16string& path) {
 }
 
 bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
-    std::vector<uint8_t> bytes;
+    LargeArray<uint8_t> bytes;
     if (!ReadWholeFile(path, bytes)) {
         error = "the file can't be found or read";
         return false;
@@ -27,12 +27,12 @@ bool OpenModel(const std::u16string& path, Model& model, std::string& error) {
     }
     switch (found.Format) {
     case FileFormat::ModelDocument:
-        bytes = {}; // the tape has its contents
+        bytes.Release(); // the tape has its contents
         return ReadModelDocument(found.Json, DirectoryPart(path), model, error);
     case FileFormat::Gltf:
         return ReadGltfModel(found.Parts, std::move(found.Json), DirectoryPart(path), model, error);
     case FileFormat::Assimp:
-        bytes = {}; // assimp reads the file itself
+        bytes.Release(); // assimp reads the file itself
         return ReadAssimpModel(path, found.Ending, model, error);
     }
     return false;

@@ -20,12 +20,31 @@ install_packages() {
     fi
 }
 
+# Installs npm, for which not every system has a package of its own.
+install_npm() {
+    command -v npm >/dev/null || install_packages nodejs npm
+}
+
+# Installs the npm packages that FOLDER pins into INTO, unless they are there: install_modules FOLDER INTO.
+install_modules() {
+    mkdir -p "$2"
+    if ! cmp -s "$1/package-lock.json" "$2/installed.json"; then
+        cp "$1/package.json" "$1/package-lock.json" "$2"
+        npm --prefix "$2" ci --ignore-scripts --no-audit --no-fund --silent
+        cp "$1/package-lock.json" "$2/installed.json"
+    fi
+}
+
 build_packages=(g++ cmake ninja-build nlohmann-json3-dev libstb-dev libjpeg62-turbo-dev libspng-dev libwebp-dev zlib1g-dev
     libglu1-mesa-dev libtinygltf-dev libassimp-dev libdraco-dev libmeshoptimizer-dev)
-test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel python3 rsync strace)
+test_packages=(libgtest-dev libgmock-dev assimp-testmodels assimp-utils parallel python3 python3-kaitaistruct
+    rsync strace)
 bench_packages=(libbenchmark-dev gltfpack assimp-utils)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev nasm dpkg-dev libutfcpp-dev)
+# Browsers that draw without a GPU, with fonts.
+browser_packages=(chromium firefox-esr xvfb libgl1-mesa-dri fonts-dejavu-core)
 wine_packages=(wine wine64)
+cluster_packages=(parallel munge slurmctld slurmd slurm-client openssh-server openssh-client)
 package_packages=(dpkg-dev file zip unzip)
 package_test_packages=(lintian mandoc man-db)
 

@@ -49,10 +49,6 @@ Point3 PointOf(const aiVector3D& vector) {
     return {static_cast<double>(vector.x), static_cast<double>(vector.y), static_cast<double>(vector.z)};
 }
 
-bool IsFinite(Point3 point) {
-    return std::isfinite(point.X) && std::isfinite(point.Y) && std::isfinite(point.Z);
-}
-
 Transform TransformOf(const aiMatrix4x4& m) {
     Transform transform;
     for (unsigned row = 0; row < 4; ++row) {

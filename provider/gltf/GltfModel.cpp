@@ -25,7 +25,7 @@ bool ReadGltfModel(const GltfParts& parts, JsonTape json, const std::u16string& 
     for (const GltfShape& shape : shapes) {
         tree.MeshNames.push_back(meshes[shape.Mesh].Name);
     }
-    PrimitiveReading reading = {document, surfaces, model, error};
+    PrimitiveReading reading = {document, surfaces, model, error, {}, {}};
     tree.AddFaces = [&](uint32_t mesh) {
         if (mesh < meshes.size()) {
             return AddMeshFaces(reading, mesh, {meshes[mesh].Weights, {}});
@@ -34,5 +34,12 @@ bool ReadGltfModel(const GltfParts& parts, JsonTape json, const std::u16string& 
         return AddMeshFaces(reading, shape.Mesh, shape.Pose);
     };
     ReserveFaces(document, model);
-    return PlaceNodes(tree, model, error);
+    if (!PlaceNodes(tree, model, error)) {
+        return false;
+    }
+    model.SinglePositions.Shrink();
+    model.SingleNormals.Shrink();
+    model.SingleCoordinates.Shrink();
+    model.Indices.Shrink();
+    return true;
 }

@@ -38,12 +38,23 @@ bool MakeMapping(Point3 origin, SideAxes axes, double width, double height, Mode
     return true;
 }
 
+// Texture coordinates s, t, 1.
+static Point3 CoordinatesOn(const ModelSurface& surface, SingleCoordinates at) {
+    const Point3 coordinates =
+        CoordinatesOn(surface, static_cast<double>(at.U), static_cast<double>(at.V));
+    return IsFinite(coordinates) ? coordinates : Point3{0.0, 0.0, 1.0};
+}
+
 void CoordinatesOfSide(const Model& model, const ModelFace& face, bool front, size_t count,
                        double coordinates[][3]) {
     const ModelSide& side = front ? face.Front : face.Back;
     if (side.Coordinates != NoIndex) {
+        const ModelSurface* surface = side.Surface != NoIndex ? &model.Surfaces[side.Surface] : nullptr;
         for (size_t i = 0; i < count; ++i) {
-            const Point3& stq = model.Coordinates[side.Coordinates + i];
+            const size_t index = side.Coordinates + i;
+            const Point3 stq = surface != nullptr
+                                   ? CoordinatesOn(*surface, model.SingleCoordinates[index])
+                                   : model.Coordinates[index];
             coordinates[i][0] = stq.X;
             coordinates[i][1] = stq.Y;
             coordinates[i][2] = stq.Z;
@@ -63,7 +74,7 @@ void CoordinatesOfSide(const Model& model, const ModelFace& face, bool front, si
         MakeMapping({}, AxesOfSide(front ? face.Normal : -1.0 * face.Normal), width, height, mapping);
     }
     for (size_t i = 0; i < count; ++i) {
-        const Point3& position = model.Positions[face.Vertices.First + i];
+        const Point3 position = PositionOf(model, face, i);
         coordinates[i][0] = Dot(mapping.S, position) + mapping.S0;
         coordinates[i][1] = Dot(mapping.T, position) + mapping.T0;
         coordinates[i][2] = 1.0;

@@ -18,6 +18,12 @@ SideAxes AxesOfSide(Point3 sideNormal);
 // Returns false if right and up are collinear or have no length.
 bool MakeMapping(Point3 origin, SideAxes axes, double width, double height, ModelMapping& mapping);
 
+// Texture coordinates s, t, 1 for a file's u and v.
+inline Point3 CoordinatesOn(const ModelSurface& surface, double u, double v) {
+    return {surface.U[0] * u + surface.U[1] * v + surface.U[2],
+            1.0 - (surface.V[0] * u + surface.V[1] * v + surface.V[2]), 1.0};
+}
+
 // The texture coordinates (s, t, q) of each vertex of a face, for its front or its back. count is at
 // most the number of the face's vertices; coordinates has room for it.
 void CoordinatesOfSide(const Model& model, const ModelFace& face, bool front, size_t count,

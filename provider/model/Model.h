@@ -4,6 +4,7 @@
 // Coordinates are model coordinates: Z up, right-handed, in model units.
 #pragma once
 
+#include "platform/LargeArray.h"
 #include "provider/model/ModelPicture.h"
 #include "provider/model/Transform.h"
 #include "provider/model/Vector.h"
@@ -62,15 +63,31 @@ struct ModelMapping {
     double T0 = 0.0;
 };
 
+// Texture coordinates of u and v as a file has them: s = U[0] u + U[1] v + U[2], and t is 1 less the
+// same of V. A coordinate that is not finite counts as 0, 0.
+struct ModelSurface {
+    std::array<double, 3> U = {1.0, 0.0, 0.0};
+    std::array<double, 3> V = {0.0, 1.0, 0.0};
+};
+
+// The u and v of a vertex.
+struct SingleCoordinates {
+    float U = 0.0F;
+    float V = 0.0F;
+};
+
 // Texture coordinates come from Coordinates if set, otherwise from Mapping if set, otherwise from the
 // default mapping. They are final if the material has a picture, otherwise in model units.
 struct ModelSide {
     uint32_t Material = NoIndex;
     uint32_t Coordinates = NoIndex; // the first in Model::Coordinates, one per vertex of the face
     uint32_t Mapping = NoIndex;     // in Model::Mappings
+    uint32_t Surface = NoIndex;     // in Model::Surfaces, for Coordinates of a single face
 };
 
-// A face and its triangulation. Triangles are counter-clockwise about Normal or have no area.
+// A face and its triangulation. Triangles are counter-clockwise about Normal or have no area. The
+// numbers of a single face are in the arrays of Model whose names begin with Single: those that a file
+// has as floats, and that nothing but rounding changes later.
 struct ModelFace {
     Point3 Normal;         // unit normal of the front
     double Distance = 0.0; // the plane is Dot(Normal, p) + Distance = 0
@@ -81,6 +98,7 @@ struct ModelFace {
     uint32_t Normals = NoIndex; // the first in Model::Normals; unset for a face with one normal
     uint32_t Layer = 0;
     bool Hidden = false;
+    bool IsSingle = false;
 };
 
 struct ModelGroup {
@@ -129,12 +147,30 @@ struct Model {
     std::vector<ModelImage> Images;
 
     // Shared by all faces, each of which owns a range.
-    std::vector<Point3> Positions;
-    std::vector<Point3> Normals;
-    std::vector<Point3> Coordinates; // s, t, q
-    std::vector<uint32_t> Indices;
+    LargeArray<Point3> Positions;
+    LargeArray<Point3> Normals;
+    LargeArray<Point3> Coordinates; // s, t, q
+    LargeArray<SinglePoint> SinglePositions;
+    LargeArray<SinglePoint> SingleNormals;
+    LargeArray<::SingleCoordinates> SingleCoordinates;
+    LargeArray<uint32_t> Indices;
     std::vector<ModelMapping> Mappings;
+    std::vector<ModelSurface> Surfaces;
 
     // Parts that were omitted from a file that is otherwise usable: lines of text in UTF-8.
     std::vector<std::string> Remarks;
 };
+
+// The position and the normal of a vertex of a face.
+inline Point3 PositionOf(const Model& model, const ModelFace& face, size_t vertex) {
+    const size_t index = face.Vertices.First + vertex;
+    return face.IsSingle ? ToDouble(model.SinglePositions[index]) : model.Positions[index];
+}
+
+inline Point3 NormalOf(const Model& model, const ModelFace& face, size_t vertex) {
+    if (face.Normals == NoIndex) {
+        return face.Normal;
+    }
+    const size_t index = face.Normals + vertex;
+    return face.IsSingle ? ToDouble(model.SingleNormals[index]) : model.Normals[index];
+}

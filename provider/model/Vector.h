@@ -9,6 +9,22 @@ struct Point3 {
     double Z = 0.0;
 };
 
+// A point in single precision, for numbers that a file has in no other.
+struct SinglePoint {
+    float X = 0.0F;
+    float Y = 0.0F;
+    float Z = 0.0F;
+};
+
+constexpr Point3 ToDouble(SinglePoint a) {
+    return {static_cast<double>(a.X), static_cast<double>(a.Y), static_cast<double>(a.Z)};
+}
+
+// Rounds, unless the numbers are floats already.
+constexpr SinglePoint ToSingle(Point3 a) {
+    return {static_cast<float>(a.X), static_cast<float>(a.Y), static_cast<float>(a.Z)};
+}
+
 constexpr Point3 operator+(Point3 a, Point3 b) {
     return {a.X + b.X, a.Y + b.Y, a.Z + b.Z};
 }
@@ -47,4 +63,8 @@ inline bool MakeUnit(Point3 a, Point3& unit) {
     }
     unit = {a.X / length, a.Y / length, a.Z / length};
     return true;
+}
+
+inline bool IsFinite(Point3 a) {
+    return std::isfinite(a.X) && std::isfinite(a.Y) && std::isfinite(a.Z);
 }

@@ -131,7 +131,7 @@ int32_t SUMeshHelperGetVertices(MeshHelperHandle meshHelper, uint64_t count, dou
         return Failure;
     }
     for (size_t i = 0; i < count; ++i) {
-        WritePoint(State().Open->Positions[face->Vertices.First + i], points[i]);
+        WritePoint(PositionOf(*State().Open, *face, i), points[i]);
     }
     return Success;
 }
@@ -143,8 +143,7 @@ int32_t SUMeshHelperGetNormals(MeshHelperHandle meshHelper, uint64_t count, doub
         return Failure;
     }
     for (size_t i = 0; i < count; ++i) {
-        const bool isFlat = face->Normals == NoIndex;
-        WritePoint(isFlat ? face->Normal : State().Open->Normals[face->Normals + i], normals[i]);
+        WritePoint(NormalOf(*State().Open, *face, i), normals[i]);
     }
     return Success;
 }

@@ -1,61 +1,27 @@
-// Builds faces from triangulated geometry. A triangulation that faces all directions is split by the
-// axis to which each triangle points most: simple, and at most six faces.
+// Builds faces from triangulated geometry.
 #include "provider/reading/FaceBuilder.h"
 
+#include "provider/reading/FaceParts.h"
+
 #include <algorithm>
-#include <numeric>
-#include <span>
-
-// Cosine of the angle between a triangle's normal and the face's. Triangles closer to edge-on could
-// change sides when the coordinates are rounded.
-constexpr double SmallestTurn = 1e-3;
-
-constexpr size_t AxisCount = 6;
-constexpr std::array<Point3, AxisCount> Axes = {Point3{1, 0, 0},  Point3{-1, 0, 0}, Point3{0, 1, 0},
-                                                Point3{0, -1, 0}, Point3{0, 0, 1},  Point3{0, 0, -1}};
 
 namespace {
 
-// Its length is twice the triangle's area.
-Point3 NormalOfTriangle(const FaceGeometry& geometry, size_t firstIndex) {
-    const Point3 a = geometry.Positions[geometry.Indices[firstIndex]];
-    const Point3 b = geometry.Positions[geometry.Indices[firstIndex + 1]];
-    const Point3 c = geometry.Positions[geometry.Indices[firstIndex + 2]];
-    return Cross(b - a, c - a);
+auto PositionsOf(const FaceGeometry& geometry) {
+    return [&geometry](uint32_t vertex) {
+        return geometry.Positions[vertex];
+    };
 }
 
-// The common normal of all triangles, if all of them face its side.
-bool FindCommonNormal(const FaceGeometry& geometry, Point3& normal) {
-    Point3 sum;
-    for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
-        sum = sum + NormalOfTriangle(geometry, i);
-    }
-    if (!MakeUnit(sum, normal)) {
-        return false;
-    }
-    for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
-        const Point3 own = NormalOfTriangle(geometry, i);
-        if (Dot(own, normal) < SmallestTurn * Length(own)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-size_t AxisOf(Point3 normal) {
-    const std::array<double, AxisCount / 2> parts = {normal.X, normal.Y, normal.Z};
-    size_t best = 0;
-    for (size_t i = 1; i < parts.size(); ++i) {
-        best = std::abs(parts[i]) > std::abs(parts[best]) ? i : best;
-    }
-    return 2 * best + (parts[best] < 0.0 ? 1 : 0);
+Point3 NormalFrom(const FaceGeometry& geometry, size_t firstIndex) {
+    return NormalOfTriangle(PositionsOf(geometry), &geometry.Indices[firstIndex]);
 }
 
 // Appends values to an array of the model. Returns the index of the first, or NoIndex if there are
 // none.
-uint32_t Append(std::vector<Point3>& array, const std::vector<Point3>& values) {
-    const uint32_t first = values.empty() ? NoIndex : static_cast<uint32_t>(array.size());
-    array.insert(array.end(), values.begin(), values.end());
+uint32_t Append(LargeArray<Point3>& array, const std::vector<Point3>& values) {
+    const uint32_t first = values.empty() ? NoIndex : static_cast<uint32_t>(array.Count);
+    std::ranges::copy(values, array.Append(values.size()));
     return first;
 }
 
@@ -65,12 +31,11 @@ void AddPart(Model& model, const FaceGeometry& whole, std::span<const uint32_t> 
              std::vector<uint32_t>& newIndices) {
     ModelFace face;
     face.Normal = Axes[axis];
-    face.Indices = {static_cast<uint32_t>(model.Indices.size()),
+    face.Indices = {static_cast<uint32_t>(model.Indices.Count),
                     static_cast<uint32_t>(3 * triangles.size())};
     std::vector<uint32_t> used; // vertices in the order of their new indices
     used.reserve(std::min(whole.Positions.size(), 3 * triangles.size()));
-    model.Indices.resize(model.Indices.size() + 3 * triangles.size());
-    uint32_t* index = model.Indices.data() + face.Indices.First;
+    uint32_t* index = model.Indices.Append(3 * triangles.size());
     for (const uint32_t triangle : triangles) {
         for (size_t corner = 0; corner < 3; ++corner) {
             const uint32_t vertex = whole.Indices[3 * size_t{triangle} + corner];
@@ -82,11 +47,11 @@ void AddPart(Model& model, const FaceGeometry& whole, std::span<const uint32_t> 
         }
     }
     // Returns the index of the first, or NoIndex if there are none.
-    const auto appendUsed = [&](const std::vector<Point3>& values, std::vector<Point3>& array) {
-        const size_t first = array.size();
-        array.resize(first + (values.empty() ? 0 : used.size()));
-        for (size_t i = 0; i < array.size() - first; ++i) {
-            array[first + i] = values[used[i]];
+    const auto appendUsed = [&](const std::vector<Point3>& values, LargeArray<Point3>& array) {
+        const size_t first = array.Count;
+        Point3* value = array.Append(values.empty() ? 0 : used.size());
+        for (size_t i = 0; i < array.Count - first; ++i) {
+            *value++ = values[used[i]];
         }
         return values.empty() ? NoIndex : static_cast<uint32_t>(first);
     };
@@ -109,9 +74,9 @@ void AddFace(Model& model, const FaceGeometry& geometry, Point3 normal) {
     face.Distance = -Dot(normal, geometry.Positions[0]);
     face.Vertices = {Append(model.Positions, geometry.Positions),
                      static_cast<uint32_t>(geometry.Positions.size())};
-    face.Indices = {static_cast<uint32_t>(model.Indices.size()),
+    face.Indices = {static_cast<uint32_t>(model.Indices.Count),
                     static_cast<uint32_t>(geometry.Indices.size())};
-    model.Indices.insert(model.Indices.end(), geometry.Indices.begin(), geometry.Indices.end());
+    std::ranges::copy(geometry.Indices, model.Indices.Append(geometry.Indices.size()));
     face.Normals = Append(model.Normals, geometry.Normals);
     face.Front.Coordinates = Append(model.Coordinates, geometry.FrontCoordinates);
     face.Back.Coordinates = Append(model.Coordinates, geometry.BackCoordinates);
@@ -120,32 +85,16 @@ void AddFace(Model& model, const FaceGeometry& geometry, Point3 normal) {
 
 void AddTriangulation(Model& model, const FaceGeometry& geometry) {
     Point3 normal;
-    if (FindCommonNormal(geometry, normal)) {
+    if (FindCommonNormal(PositionsOf(geometry), geometry.Indices, normal)) {
         AddFace(model, geometry, normal);
         return;
     }
-    const size_t count = geometry.Indices.size() / 3;
-    std::vector<uint8_t> axes(count);
-    std::array<size_t, AxisCount + 1> ends = {}; // where the triangles of each axis begin, then the end
-    size_t axis = AxisOf(normal);
-    for (size_t triangle = 0; triangle < count; ++triangle) {
-        // A triangle without area goes with the one before it.
-        const Point3 own = NormalOfTriangle(geometry, 3 * triangle);
-        axis = Length(own) > 0.0 ? AxisOf(own) : axis;
-        axes[triangle] = static_cast<uint8_t>(axis);
-        ++ends[axis + 1];
-    }
-    std::partial_sum(ends.begin(), ends.end(), ends.begin());
-    std::array<size_t, AxisCount + 1> places = ends;
-    std::vector<uint32_t> order(count); // the triangles, sorted by axis
-    for (size_t triangle = 0; triangle < count; ++triangle) {
-        order[places[axes[triangle]]++] = static_cast<uint32_t>(triangle);
-    }
+    AxisOrder order;
+    SortByAxis(PositionsOf(geometry), geometry.Indices, normal, order);
     std::vector<uint32_t> newIndices(geometry.Positions.size(), NoIndex);
-    for (axis = 0; axis < AxisCount; ++axis) {
-        const std::span triangles = std::span(order).subspan(ends[axis], ends[axis + 1] - ends[axis]);
-        if (!triangles.empty()) {
-            AddPart(model, geometry, triangles, axis, newIndices);
+    for (size_t axis = 0; axis < AxisCount; ++axis) {
+        if (!order.Part(axis).empty()) {
+            AddPart(model, geometry, order.Part(axis), axis, newIndices);
         }
     }
 }
@@ -207,7 +156,7 @@ void MakeFlatNormals(FaceGeometry& geometry) {
     for (size_t i = 0; i < geometry.Indices.size(); ++i) {
         geometry.Indices[i] = static_cast<uint32_t>(i);
         if (i % 3 == 2) {
-            MakeUnit(NormalOfTriangle(geometry, i - 2), normal);
+            MakeUnit(NormalFrom(geometry, i - 2), normal);
             std::fill_n(geometry.Normals.begin() + static_cast<ptrdiff_t>(i - 2), 3, normal);
         }
     }
@@ -217,7 +166,7 @@ void MakeSmoothNormals(FaceGeometry& geometry) {
     geometry.Normals.assign(geometry.Positions.size(), {});
     Point3 sum;
     for (size_t i = 0; i < geometry.Indices.size(); i += 3) {
-        const Point3 own = NormalOfTriangle(geometry, i);
+        const Point3 own = NormalFrom(geometry, i);
         sum = sum + own;
         for (size_t corner = i; corner < i + 3; ++corner) {
             Point3& normal = geometry.Normals[geometry.Indices[corner]];

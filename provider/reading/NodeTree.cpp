@@ -162,10 +162,6 @@ bool FillList(Placing& placing, uint32_t list, const ImportedNode& node,
 
 } // namespace
 
-Point3 ToModelAxes(UpAxis up, Point3 point) {
-    return up == UpAxis::Y ? Point3{point.X, -point.Z, point.Y} : point;
-}
-
 Transform ToModelAxes(UpAxis up, const Transform& transform) {
     if (up == UpAxis::Z) {
         return transform;
@@ -201,7 +197,8 @@ bool PlaceNodes(const ImportedTree& tree, Model& model, std::string& error) {
             return false;
         }
     }
-    if (model.Positions.size() >= NoIndex || model.Indices.size() >= NoIndex) {
+    if (model.Positions.Count >= NoIndex || model.SinglePositions.Count >= NoIndex ||
+        model.Indices.Count >= NoIndex) {
         error = "there are too many vertices or triangles";
         return false;
     }

@@ -11,7 +11,9 @@
 // changes.
 enum class UpAxis : uint8_t { Y, Z };
 
-Point3 ToModelAxes(UpAxis up, Point3 point);
+constexpr Point3 ToModelAxes(UpAxis up, Point3 point) {
+    return up == UpAxis::Y ? Point3{point.X, -point.Z, point.Y} : point;
+}
 // The same for a transformation between two spaces with the format's axes.
 Transform ToModelAxes(UpAxis up, const Transform& transform);
 

@@ -6,62 +6,73 @@
 
 namespace {
 
-constexpr uint32_t NotInChunk = 0xFFFFFFFF;
+// A vertex that is not in the present mesh.
+constexpr uint32_t NotInMesh = 0xFFFFFFFF;
 
-// Whether all vertices are used and already in order of first use.
-bool IsInOrderOfUse(const std::vector<uint32_t>& indices, size_t vertexCount) {
-    uint32_t next = 0;
-    const bool ascends = std::ranges::all_of(indices, [&next](uint32_t index) {
-        next += index == next ? 1 : 0;
-        return index < next;
-    });
-    return ascends && next == vertexCount;
-}
+// The most vertices of a mesh: the last triangle adds three to one less than the limit.
+constexpr size_t MostVertices = MeshVertexLimit - 1 + 3;
 
-// Appends a mesh whose arrays have no spare capacity.
-void AppendMesh(SceneNode& node, std::vector<uint32_t> indices, std::vector<Vertex> vertices,
+void AppendMesh(SceneNode& node, std::span<uint32_t> indices, std::span<Vertex> vertices,
                 int32_t materialIndex) {
     SceneMesh& mesh = node.Meshes.Append(std::make_unique<SceneMesh>());
-    mesh.Indices = std::move(indices);
-    mesh.Vertices = std::move(vertices);
+    mesh.Indices = indices;
+    mesh.Vertices = vertices;
     mesh.MaterialIndex = materialIndex;
-    mesh.Vertices.shrink_to_fit();
+}
+
+// Appends the mesh of the triangles from begin on and returns the first corner that is not in it.
+// Replaces its corners by their indices in the mesh. numbers is NotInMesh for each vertex, before and
+// after.
+size_t AppendPart(SceneNode& node, VertexPool& pool, size_t begin, LargeArray<uint32_t>& numbers,
+                  int32_t materialIndex, MeshMemory& memory) {
+    const size_t most = std::min(MostVertices, pool.Vertices.Count);
+    std::byte* const bytes = TakeBytes(memory, most * sizeof(Vertex));
+    auto* const vertices = reinterpret_cast<Vertex*>(bytes);
+    LargeArray<uint32_t> used; // the vertices of the mesh, by their index in it
+    used.Resize(most);
+    uint32_t count = 0;
+    size_t end = begin;
+    while (end < pool.Corners.Count && count < MeshVertexLimit) {
+        for (const size_t stop = end + 3; end < stop; ++end) {
+            uint32_t& corner = pool.Corners[end];
+            assert(corner < pool.Vertices.Count);
+            uint32_t& number = numbers[corner];
+            if (number == NotInMesh) {
+                number = count;
+                used[count] = corner;
+                vertices[count++] = pool.Vertices[corner];
+            }
+            corner = number;
+        }
+    }
+    // Only the entries of this mesh: a whole pass for each would be slow.
+    for (uint32_t i = 0; i < count; ++i) {
+        numbers[used[i]] = NotInMesh;
+    }
+    ReturnBytes(memory, bytes, count * sizeof(Vertex));
+    const std::span<const uint32_t> indices(&pool.Corners[begin], end - begin);
+    AppendMesh(node, CopyInto(memory, indices), {vertices, count}, materialIndex);
+    return end;
 }
 
 } // namespace
 
-void AddMeshes(SceneNode& node, std::vector<uint32_t> indices, VertexPool pool, int32_t materialIndex) {
-    assert(indices.size() % 3 == 0);
-    if (indices.empty() || pool.Vertices.empty()) {
+void AddMeshes(SceneNode& node, VertexPool& pool, int32_t materialIndex, MeshMemory& memory) {
+    assert(pool.Corners.Count % 3 == 0);
+    if (pool.Corners.Count == 0 || pool.Vertices.Count == 0) {
         return;
     }
-    if (pool.Vertices.size() < MeshVertexLimit && IsInOrderOfUse(indices, pool.Vertices.size())) {
-        AppendMesh(node, std::move(indices), std::move(pool.Vertices), materialIndex);
+    if (pool.Vertices.Count < MeshVertexLimit) {
+        const std::span<Vertex> vertices = CopyInto(memory, std::span<const Vertex>(pool.Vertices));
+        AppendMesh(node, CopyInto(memory, std::span<const uint32_t>(pool.Corners)), vertices,
+                   materialIndex);
         return;
     }
-    pool.Vertices.shrink_to_fit(); // most of the capacity is unused after welding
-    std::vector<uint32_t> remap(pool.Vertices.size(), NotInChunk);
-    std::vector<uint32_t> chunkIndices;
-    std::vector<Vertex> chunkVertices;
-    size_t begin = 0; // of the chunk, in the indices
-    for (size_t end = 3; end <= indices.size(); end += 3) {
-        for (size_t corner = end - 3; corner < end; ++corner) {
-            const uint32_t p = indices[corner];
-            assert(p < pool.Vertices.size());
-            if (remap[p] == NotInChunk) {
-                remap[p] = static_cast<uint32_t>(chunkVertices.size());
-                chunkVertices.push_back(pool.Vertices[p]);
-            }
-            chunkIndices.push_back(remap[p]);
-        }
-        if (chunkVertices.size() >= MeshVertexLimit || end == indices.size()) {
-            AppendMesh(node, chunkIndices, chunkVertices, materialIndex);
-            chunkIndices.clear();
-            chunkVertices.clear();
-            // Reset only the entries of this chunk: a whole pass for each chunk would be slow.
-            for (; begin < end; ++begin) {
-                remap[indices[begin]] = NotInChunk;
-            }
-        }
+    pool.Vertices.Shrink(); // most of the memory is unused after welding
+    LargeArray<uint32_t> numbers;
+    numbers.Resize(pool.Vertices.Count);
+    std::ranges::fill(numbers, NotInMesh);
+    for (size_t begin = 0; begin < pool.Corners.Count;) {
+        begin = AppendPart(node, pool, begin, numbers, materialIndex, memory);
     }
 }

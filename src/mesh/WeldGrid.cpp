@@ -52,18 +52,14 @@ bool Holds(const CellRange& range, int32_t cell) {
 } // namespace
 
 void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count) {
-    // Like ExtendBox, with the box in registers. The order of the arguments keeps the box unchanged if a
-    // coordinate is equal or not a number.
-    BoundingBox b = box;
+    BoundingBox inRegisters = box;
     for (int32_t i = 0; i < count; ++i) {
-        const Vec3& p = vertices[i].Position;
-        b.Min = {std::min(b.Min.X, p.X), std::min(b.Min.Y, p.Y), std::min(b.Min.Z, p.Z)};
-        b.Max = {std::max(b.Max.X, p.X), std::max(b.Max.Y, p.Y), std::max(b.Max.Z, p.Z)};
+        ExtendBox(inRegisters, vertices[i].Position);
     }
-    box = b;
+    box = inRegisters;
 }
 
-WeldGrid MakeWeldGrid(const std::vector<Vertex>& vertices, float tolerance) {
+WeldGrid MakeWeldGrid(std::span<const Vertex> vertices, float tolerance) {
     BoundingBox box = EmptyBox;
     ComputeBounds(box, vertices.data(), static_cast<int32_t>(vertices.size()));
     return {.X = MakeAxis(box.Min.X, box.Max.X, CellsX, tolerance),

@@ -8,6 +8,7 @@
 #include "scene/SceneNode.h"
 
 #include <cstdint>
+#include <span>
 
 // The cells along one axis of the grid.
 struct GridAxis {
@@ -40,7 +41,7 @@ struct SearchBox {
 // Extends the box by the positions of count vertices.
 void ComputeBounds(BoundingBox& box, const Vertex* vertices, int32_t count);
 
-WeldGrid MakeWeldGrid(const std::vector<Vertex>& vertices, float tolerance);
+WeldGrid MakeWeldGrid(std::span<const Vertex> vertices, float tolerance);
 
 SearchBox SearchBoxOf(const WeldGrid& grid, const Vec3& position);
 

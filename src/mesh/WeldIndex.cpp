@@ -11,7 +11,8 @@ constexpr size_t FewestSlots = 256;
 constexpr int TagBits = 32;
 
 void MakeSlots(WeldIndex& index, size_t count) {
-    index.Slots.assign(count, IndexSlot{});
+    index.Slots.Resize(count);
+    std::ranges::fill(index.Slots, IndexSlot{});
     index.SlotMask = count - 1;
     index.TagShift = TagBits - std::countr_zero(count);
     index.Used = 0;
@@ -28,26 +29,25 @@ size_t FreeSlot(const WeldIndex& index, uint32_t tag) {
 
 } // namespace
 
-WeldIndex MakeWeldIndex(float tolerance, size_t slots) {
+void Clear(WeldIndex& index, float tolerance, size_t slots) {
     assert(tolerance > 0 && tolerance <= LargestWeldTolerance);
-    WeldIndex index;
     index.Scale = static_cast<double>(1 << ToleranceBits) / static_cast<double>(tolerance);
     MakeSlots(index, std::bit_ceil(std::max(slots, FewestSlots)));
-    return index;
 }
 
 void Reserve(WeldIndex& index, size_t count) {
-    if ((index.Used + count) * 2 <= index.Slots.size()) {
+    if ((index.Used + count) * 2 <= index.Slots.Count) {
         return;
     }
-    const std::vector<IndexSlot> former = std::move(index.Slots);
-    MakeSlots(index, former.size() * 2);
+    std::swap(index.Slots, index.Former);
+    MakeSlots(index, index.Former.Count * 2);
     // Slots are nearly in the order of tags, so both tables are accessed from front to back.
-    for (const IndexSlot& slot : former) {
+    for (const IndexSlot& slot : index.Former) {
         if (slot.Kept != NoVertex) {
             FillSlot(index, FreeSlot(index, slot.Tag), slot);
         }
     }
+    index.Former.ReleaseLarge();
 }
 
 void Enter(WeldIndex& index, const VertexPlaces& places, uint32_t wideTag, const CellEnd& wideEnd,

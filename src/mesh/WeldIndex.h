@@ -18,7 +18,6 @@
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <vector>
 
 constexpr int32_t NoVertex = -1;
 
@@ -48,11 +47,12 @@ struct IndexSlot {
 };
 
 struct WeldIndex {
-    double Scale = 0;             // places per unit of a float
-    std::vector<IndexSlot> Slots; // a power of two, at least half of them free
-    size_t SlotMask = 0;          // maps a number to a slot: Slots.size() - 1
-    int TagShift = 0;             // the slots of a cell begin at Tag >> TagShift
+    double Scale = 0;            // places per unit of a float
+    LargeArray<IndexSlot> Slots; // a power of two, at least half of them free
+    size_t SlotMask = 0;         // maps a number to a slot: Slots.Count - 1
+    int TagShift = 0;            // the slots of a cell begin at Tag >> TagShift
     size_t Used = 0;
+    LargeArray<IndexSlot> Former; // scratch memory of growing
 };
 
 // The end of a search for a cell: the free slot after its vertices, and their number.
@@ -61,8 +61,10 @@ struct CellEnd {
     int32_t Count = 0;
 };
 
-// Returns an empty index with at least so many slots. [Limit: 0 < tolerance <= LargestWeldTolerance]
-WeldIndex MakeWeldIndex(float tolerance, size_t slots);
+// Empties the index and gives it at least so many slots, in its memory if they fit. [Limit: 0 <
+// tolerance
+// <= LargestWeldTolerance]
+void Clear(WeldIndex& index, float tolerance, size_t slots);
 
 // Makes room for count more vertices. Slots don't move while these are entered.
 void Reserve(WeldIndex& index, size_t count);

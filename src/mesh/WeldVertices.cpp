@@ -5,10 +5,15 @@
 // number of vertices, so the index of fine cells finds the matches, and the grid only chooses among
 // them.
 //
-// Most vertices of a model are copies of kept ones, which need no choice. The search of a copy begins in
-// the cell in which the original was entered. A later vertex in that cell that matches the copy would
-// match the original too and would have been merged with it. This does not hold for copies of merged
-// vertices.
+// Most vertices of a model have the values of kept ones, which need no choice. The search of a copy
+// begins in the cell in which the original was entered. A later vertex in that cell that matches the
+// copy would match the original too and would have been merged with it. Only values count: zeros of
+// either sign are alike.
+//
+// So a vertex is welded once, at its first corner, and its further corners follow it if it is kept or
+// has the values of a kept one. This does not hold for a vertex that is merged with one of other values:
+// a vertex kept in the meantime can win at the next corner. Such corners are searched again, among the
+// vertices kept before them.
 #include "mesh/WeldVertices.h"
 
 #include "mesh/WeldGrid.h"
@@ -29,10 +34,14 @@ constexpr size_t BlockSize = 64;
 struct Welding {
     float Tolerance = 0;
     WeldGrid Grid;
-    WeldIndex Index;
+    WeldIndex& Index;
+    LargeArray<OpenMerge>& OpenMerges;
     Vertex* Kept = nullptr; // at the front of the pool, over vertices already processed
     int32_t KeptCount = 0;
 };
+
+// Marks the number of a vertex as one in Welding::OpenMerges.
+constexpr uint32_t IsOpen = 0x80000000;
 
 // The state of a vertex during its lookup.
 struct Lookup {
@@ -70,6 +79,18 @@ bool SameBits(const Vertex& a, const Vertex& b) {
             (word(a, 3) ^ word(b, 3))) == 0;
 }
 
+// Whether the vertices have equal values, which differ from equal bits in the signs of zeros. Adding
+// zero makes them positive.
+bool SameValues(const Vertex& a, const Vertex& b) {
+    const auto positive = [](const Vertex& v) {
+        return Vertex{.Position = {v.Position.X + 0.0f, v.Position.Y + 0.0f, v.Position.Z + 0.0f},
+                      .Normal = {v.Normal.X + 0.0f, v.Normal.Y + 0.0f, v.Normal.Z + 0.0f},
+                      .U = v.U + 0.0f,
+                      .V = v.V + 0.0f};
+    };
+    return SameBits(positive(a), positive(b));
+}
+
 // A vertex with a float that is not finite matches nothing. A vertex whose range is empty, because an
 // extent overflows, searches nothing. Nor is it found: such positions are so large that others are
 // either equal or further away than the tolerance.
@@ -84,16 +105,16 @@ const IndexSlot& FirstSlot(const Welding& welding, const Lookup& lookup) {
     return welding.Index.Slots[lookup.Tag >> welding.Index.TagShift];
 }
 
-// Returns the newest match in the lowest cell of the grid, or NoVertex. Not inlined, since it would slow
-// down the main loop.
+// Returns the newest match in the lowest cell of the grid, or NoVertex, among the vertices kept before
+// the limit. Not inlined, since it would slow down the main loop.
 [[gnu::noinline]] int32_t FindMatch(const Welding& welding, const Vertex& vertex,
-                                    const VertexPlaces& places) {
+                                    const VertexPlaces& places, int32_t limit) {
     const SearchBox search = SearchBoxOf(welding.Grid, vertex.Position);
     int32_t best = NoVertex;
     int32_t bestCell = 0;
     VisitNear(welding.Index, places, [&](int32_t kept) {
         const Vertex& other = welding.Kept[kept];
-        if (Match(vertex, other, welding.Tolerance)) {
+        if (kept < limit && Match(vertex, other, welding.Tolerance)) {
             const SearchBox entered = SearchBoxOf(welding.Grid, other.Position);
             const int32_t cell = EntryCell(entered);
             const bool better = best == NoVertex || cell < bestCell || (cell == bestCell && kept > best);
@@ -107,36 +128,40 @@ const IndexSlot& FirstSlot(const Welding& welding, const Lookup& lookup) {
     return best;
 }
 
-// Returns the number of the kept vertex that replaces this one, or its own number if it is kept.
-int32_t Resolve(Welding& welding, const Vertex& vertex, const Lookup& lookup) {
+// Returns the number of the kept vertex that replaces this one, or its own number if it is kept; with
+// IsOpen, that of an open merge.
+uint32_t Resolve(Welding& welding, const Vertex& vertex, const Lookup& lookup) {
     if (lookup.Matchable) {
         int32_t found = NoVertex;
         const CellEnd end = VisitCell(welding.Index, lookup.Tag, [&](int32_t kept) {
-            const bool same = SameBits(vertex, welding.Kept[kept]);
+            const Vertex& other = welding.Kept[kept];
+            const bool same = SameBits(vertex, other) || SameValues(vertex, other);
             found = same ? kept : NoVertex;
             return same;
         });
-        if (found == NoVertex && (end.Count > 0 || IsNearWideBorder(lookup.Places))) {
-            found = FindMatch(welding, vertex, lookup.Places);
+        if (found != NoVertex) {
+            return static_cast<uint32_t>(found);
+        }
+        if (end.Count > 0 || IsNearWideBorder(lookup.Places)) {
+            found = FindMatch(welding, vertex, lookup.Places, welding.KeptCount);
         }
         if (found != NoVertex) {
-            return found;
+            const auto kept = static_cast<uint32_t>(found);
+            if (SameValues(vertex, welding.Kept[kept])) {
+                return kept; // in a narrow cell
+            }
+            const size_t number = welding.OpenMerges.Count;
+            welding.OpenMerges.Push({.Merged = vertex, .Kept = kept});
+            return static_cast<uint32_t>(number) | IsOpen;
         }
         Enter(welding.Index, lookup.Places, lookup.Tag, end, welding.KeptCount);
     }
     welding.Kept[welding.KeptCount] = vertex;
-    return welding.KeptCount++;
+    return static_cast<uint32_t>(welding.KeptCount++);
 }
 
-// Moves the kept vertices to the front and returns their count. Writes the new number of each vertex.
-int32_t WeldByIndex(std::vector<Vertex>& vertices, uint32_t* numbers, float tolerance) {
-    // Models keep between a sixth and two thirds of their vertices.
-    const size_t slots = vertices.size() / 2;
-    Welding welding = {.Tolerance = tolerance,
-                       .Grid = MakeWeldGrid(vertices, tolerance),
-                       .Index = MakeWeldIndex(tolerance, slots),
-                       .Kept = vertices.data(),
-                       .KeptCount = 0};
+// Moves the kept vertices to the front. Writes the new number of each vertex.
+void WeldByIndex(Welding& welding, std::span<const Vertex> vertices, uint32_t* numbers) {
     std::array<Lookup, BlockSize> lookups;
     for (size_t begin = 0; begin < vertices.size(); begin += BlockSize) {
         const Vertex* block = vertices.data() + begin;
@@ -152,69 +177,108 @@ int32_t WeldByIndex(std::vector<Vertex>& vertices, uint32_t* numbers, float tole
             __builtin_prefetch(&welding.Kept[likely ? slot.Kept : 0]);
         }
         for (size_t i = 0; i < count; ++i) {
-            numbers[begin + i] = static_cast<uint32_t>(Resolve(welding, block[i], lookups[i]));
+            numbers[begin + i] = Resolve(welding, block[i], lookups[i]);
         }
     }
-    return welding.KeptCount;
 }
 
-// The same by comparison with every kept vertex.
-int32_t WeldOneByOne(std::vector<Vertex>& vertices, uint32_t* numbers, float tolerance) {
-    const auto begin = vertices.begin();
-    auto end = begin;
-    for (size_t i = 0; i < vertices.size(); ++i) {
-        const Vertex vertex = vertices[i];
-        const auto match = std::find_if(
-            begin, end, [&](const Vertex& other) { return Match(vertex, other, tolerance); });
-        numbers[i] = static_cast<uint32_t>(match - begin);
-        if (match == end) {
-            *end++ = vertex;
+// Replaces the vertices of the corners by their numbers.
+void MapCorners(const Welding& welding, LargeArray<uint32_t>& corners, const uint32_t* numbers) {
+    if (welding.OpenMerges.Count == 0) {
+        for (uint32_t& corner : corners) {
+            corner = numbers[corner];
+        }
+        return;
+    }
+    uint32_t next = 0; // the vertex that is used next for the first time
+    uint32_t kept = 0; // vertices kept so far
+    for (uint32_t& corner : corners) {
+        const uint32_t number = numbers[corner];
+        const bool isFirst = corner == next;
+        next += isFirst ? 1 : 0;
+        corner = number;
+        if ((number & IsOpen) != 0) {
+            const OpenMerge& merge = welding.OpenMerges[number & ~IsOpen];
+            corner = merge.Kept;
+            if (!isFirst) {
+                VertexPlaces places;
+                PlaceVertex(welding.Index, merge.Merged, places);
+                corner = static_cast<uint32_t>(
+                    FindMatch(welding, merge.Merged, places, static_cast<int32_t>(kept)));
+            }
+        } else if (number == kept) {
+            ++kept;
         }
     }
-    return static_cast<int32_t>(end - begin);
 }
 
-bool CountUp(const std::vector<uint32_t>& indices) {
-    uint32_t expected = 0;
-    return std::ranges::all_of(indices, [&](uint32_t index) { return index == expected++; });
-}
-
-template <class Weld>
-void WeldPool(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance, Weld weld) {
-    std::vector<Vertex>& vertices = pool.Vertices;
-    int32_t kept = 0;
-    if (indices.size() == vertices.size() && CountUp(indices)) {
-        // The usual case: the new numbers are the new indices.
-        kept = weld(vertices, indices.data(), tolerance);
-    } else {
-        std::vector<uint32_t> numbers(vertices.size());
-        kept = weld(vertices, numbers.data(), tolerance);
-        for (uint32_t& index : indices) {
-            assert(index < numbers.size());
-            index = numbers[index];
-        }
+// Gives each corner a vertex of its own.
+void SeparateCorners(VertexPool& pool) {
+    LargeArray<Vertex> vertices;
+    vertices.Resize(pool.Corners.Count);
+    for (size_t i = 0; i < vertices.Count; ++i) {
+        vertices[i] = pool.Vertices[pool.Corners[i]];
+        pool.Corners[i] = static_cast<uint32_t>(i);
     }
-    vertices.resize(static_cast<size_t>(kept));
+    pool.Vertices = std::move(vertices);
+}
+
+void WeldWithGrid(VertexPool& pool, WeldScratch& scratch, float tolerance) {
+    Welding welding = {.Tolerance = tolerance,
+                       .Grid = MakeWeldGrid(pool.Vertices, tolerance),
+                       .Index = scratch.Index,
+                       .OpenMerges = scratch.OpenMerges};
+    if (!welding.Grid.Bounded) {
+        // Vertices whose search is empty equal nothing, not even themselves.
+        SeparateCorners(pool);
+    }
+    // Models keep between a quarter and all of these vertices.
+    Clear(scratch.Index, tolerance, pool.Vertices.Count);
+    scratch.OpenMerges.Clear();
+    scratch.Numbers.Resize(pool.Vertices.Count);
+    welding.Kept = pool.Vertices.begin();
+    WeldByIndex(welding, pool.Vertices, scratch.Numbers.begin());
+    MapCorners(welding, pool.Corners, scratch.Numbers.begin());
+    pool.Vertices.Resize(static_cast<size_t>(welding.KeptCount));
 }
 
 } // namespace
 
-void WeldVerticesBruteForce(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance) {
-    WeldPool(pool, indices, tolerance, WeldOneByOne);
+void WeldVerticesBruteForce(VertexPool& pool, WeldScratch& scratch, float tolerance) {
+    // The first match of a vertex stays the first, so its further corners follow it.
+    scratch.Numbers.Resize(pool.Vertices.Count);
+    Vertex* const begin = pool.Vertices.begin();
+    Vertex* end = begin;
+    for (size_t i = 0; i < pool.Vertices.Count; ++i) {
+        const Vertex vertex = pool.Vertices[i];
+        const auto* const match = std::find_if(
+            begin, end, [&](const Vertex& other) { return Match(vertex, other, tolerance); });
+        scratch.Numbers[i] = static_cast<uint32_t>(match - begin);
+        if (match == end) {
+            *end++ = vertex;
+        }
+    }
+    for (uint32_t& corner : pool.Corners) {
+        assert(corner < scratch.Numbers.Count);
+        corner = scratch.Numbers[corner];
+    }
+    pool.Vertices.Resize(static_cast<size_t>(end - begin));
 }
 
-void WeldVertices(VertexPool& pool, std::vector<uint32_t>& indices, float tolerance) {
+void WeldVertices(VertexPool& pool, WeldScratch& scratch, float tolerance) {
     if (pool.Welded) {
         return;
     }
     pool.Welded = true;
-    const auto count = static_cast<int32_t>(pool.Vertices.size());
-    if (count == 0 || indices.empty()) {
+    if (pool.Corners.Count == 0) {
         return;
     }
-    if (count < GridVertexMinimum) {
-        WeldVerticesBruteForce(pool, indices, tolerance);
+    if (pool.Corners.Count < GridCornerMinimum) {
+        WeldVerticesBruteForce(pool, scratch, tolerance);
     } else {
-        WeldPool(pool, indices, tolerance, WeldByIndex);
+        WeldWithGrid(pool, scratch, tolerance);
     }
+    scratch.Index.Slots.ReleaseLarge();
+    scratch.Numbers.ReleaseLarge();
+    scratch.OpenMerges.ReleaseLarge();
 }

@@ -2,6 +2,7 @@
 #include "output/Recentre.h"
 
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -46,9 +47,17 @@ void TransformMesh(SceneMesh& mesh, const Matrix4& world) {
         return;
     }
     const Matrix4 normalMatrix = NormalMatrix(world);
+    // Neighbours often have one normal: the same bits give the same result.
+    Vec3 former = {};
+    Vec3 result = {};
+    TransformNormal(normalMatrix, result);
     for (Vertex& vertex : mesh.Vertices) {
         TransformPoint(world, vertex.Position);
-        TransformNormal(normalMatrix, vertex.Normal);
+        if (std::memcmp(&vertex.Normal, &former, sizeof former) != 0) {
+            former = result = vertex.Normal;
+            TransformNormal(normalMatrix, result);
+        }
+        vertex.Normal = result;
     }
     if (IsMirrored(world)) {
         for (size_t k = 0; k + 2 < mesh.Indices.size(); k += 3) {
@@ -62,13 +71,15 @@ void AccumulateBounds(const SceneNode& node, const Matrix4& parentWorld, Boundin
     for (const SceneNode* child : node.Children.Elements) {
         AccumulateBounds(*child, world, box);
     }
+    BoundingBox inRegisters = box;
     for (const SceneMesh* mesh : node.Meshes.Elements) {
         for (const Vertex& vertex : mesh->Vertices) {
             Vec3 position = vertex.Position;
             TransformPoint(world, position);
-            ExtendBox(box, position);
+            ExtendBox(inRegisters, position);
         }
     }
+    box = inRegisters;
 }
 
 void BakeTransforms(SceneNode& node, const Matrix4& parentWorld) {

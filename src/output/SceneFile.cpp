@@ -23,7 +23,7 @@ template <class Record> bool WriteRecord(OutputFile& file, const Record& record)
     return file.Write(&record, sizeof record);
 }
 
-template <class Element> uint64_t BytesOf(const std::vector<Element>& elements) {
+template <class Element> uint64_t BytesOf(std::span<Element> elements) {
     return uint64_t{elements.size()} * sizeof(Element);
 }
 
@@ -47,7 +47,7 @@ void CountWritten(SceneWriting& writing, uint64_t bytes) {
 }
 
 // In parts, since one write takes less than 4 GB, and for the progress.
-template <class Element> bool WriteArray(SceneWriting& writing, const std::vector<Element>& elements) {
+template <class Element> bool WriteArray(SceneWriting& writing, std::span<Element> elements) {
     constexpr size_t most = (size_t{1} << 24) / sizeof(Element);
     for (size_t first = 0; first < elements.size(); first += most) {
         const size_t bytes = std::min(elements.size() - first, most) * sizeof(Element);

@@ -10,6 +10,17 @@
 
 namespace {
 
+// What is passed down the walk: the importer, and memory that every list uses again.
+struct Walk {
+    ModelImporter& Importer;
+    PolygonList Polygons;
+    SideMesh Side;
+    WeldScratch Welding;
+};
+
+std::unique_ptr<SceneNode> WalkList(Walk& walk, EntitiesHandle entities, std::u16string name,
+                                    int32_t inheritedIndex);
+
 // Returns the row of the element's own material, if the MaterialTable has it, else the inherited row.
 int32_t SubtreeMaterialIndex(const ModelImporter& importer, DrawingElementHandle element,
                              int32_t inheritedIndex) {
@@ -37,16 +48,16 @@ bool CanWalkInto(ModelImporter& importer, EntitiesHandle entities) {
 }
 
 // Adds the transform node of a group or an instance to the parent, with the content node below it.
-void AddChildNode(ModelImporter& importer, EntitiesHandle entities, DrawingElementHandle element,
-                  SceneNode& parent, std::u16string name, int32_t inheritedIndex,
-                  const Matrix4& matrix) {
+void AddChildNode(Walk& walk, EntitiesHandle entities, DrawingElementHandle element, SceneNode& parent,
+                  std::u16string name, int32_t inheritedIndex, const Matrix4& matrix) {
+    const ModelImporter& importer = walk.Importer;
     if (importer.ImportStatus != StatusOk) {
         return;
     }
     const int32_t index = SubtreeMaterialIndex(importer, element, inheritedIndex);
     SceneNode& transformNode = parent.Children.Append(std::make_unique<SceneNode>(u""));
     transformNode.Matrix = matrix;
-    std::unique_ptr<SceneNode> content = ImportEntities(importer, entities, std::move(name), index);
+    std::unique_ptr<SceneNode> content = WalkList(walk, entities, std::move(name), index);
     if (content != nullptr) {
         transformNode.Children.Append(std::move(content));
     }
@@ -54,19 +65,18 @@ void AddChildNode(ModelImporter& importer, EntitiesHandle entities, DrawingEleme
 
 // Appends the meshes of a list's own images and faces to its node. Polygons read before a failed texture
 // become meshes too.
-void ImportGeometry(ModelImporter& importer, EntitiesHandle entities, SceneNode& node,
-                    int32_t inheritedIndex) {
+void ImportGeometry(Walk& walk, EntitiesHandle entities, SceneNode& node, int32_t inheritedIndex) {
+    ModelImporter& importer = walk.Importer;
     if (importer.ImportStatus != StatusOk) {
         return;
     }
-    PolygonList polygons;
-    ImportImages(importer, entities, polygons);
-    ImportFaces(importer, entities, polygons, inheritedIndex);
-    AddPolygons(node, polygons);
+    ImportImages(importer, entities, walk.Polygons);
+    ImportFaces(importer, entities, walk.Polygons, inheritedIndex, walk.Side);
+    AddPolygons(node, walk.Polygons, walk.Welding, importer.RootHolder->Meshes);
 }
 
-void ImportGroups(ModelImporter& importer, EntitiesHandle entities, SceneNode& parent,
-                  int32_t inheritedIndex) {
+void ImportGroups(Walk& walk, EntitiesHandle entities, SceneNode& parent, int32_t inheritedIndex) {
+    ModelImporter& importer = walk.Importer;
     if (importer.ImportStatus != StatusOk) {
         return;
     }
@@ -88,13 +98,13 @@ void ImportGroups(ModelImporter& importer, EntitiesHandle entities, SceneNode& p
         if (SUGroupGetEntities(group, &content) != 0 || !CanWalkInto(importer, content)) {
             continue;
         }
-        AddChildNode(importer, content, element, parent, std::move(name), inheritedIndex,
+        AddChildNode(walk, content, element, parent, std::move(name), inheritedIndex,
                      ConvertTransform(transform));
     }
 }
 
-void ImportInstances(ModelImporter& importer, EntitiesHandle entities, SceneNode& parent,
-                     int32_t inheritedIndex) {
+void ImportInstances(Walk& walk, EntitiesHandle entities, SceneNode& parent, int32_t inheritedIndex) {
+    ModelImporter& importer = walk.Importer;
     if (importer.ImportStatus != StatusOk) {
         return;
     }
@@ -120,23 +130,29 @@ void ImportInstances(ModelImporter& importer, EntitiesHandle entities, SceneNode
         if (SUComponentInstanceGetTransform(instance, transform) != 0) {
             return;
         }
-        AddChildNode(importer, content, element, parent, {}, inheritedIndex,
-                     ConvertTransform(transform));
+        AddChildNode(walk, content, element, parent, {}, inheritedIndex, ConvertTransform(transform));
     }
+}
+
+std::unique_ptr<SceneNode> WalkList(Walk& walk, EntitiesHandle entities, std::u16string name,
+                                    int32_t inheritedIndex) {
+    ModelImporter& importer = walk.Importer;
+    if (importer.ImportStatus != StatusOk) {
+        return nullptr;
+    }
+    auto node = std::make_unique<SceneNode>(std::move(name));
+    importer.OpenEntities.push_back(entities);
+    ImportGeometry(walk, entities, *node, inheritedIndex);
+    ImportGroups(walk, entities, *node, inheritedIndex);
+    ImportInstances(walk, entities, *node, inheritedIndex);
+    importer.OpenEntities.pop_back();
+    return node;
 }
 
 } // namespace
 
 std::unique_ptr<SceneNode> ImportEntities(ModelImporter& importer, EntitiesHandle entities,
                                           std::u16string name, int32_t inheritedIndex) {
-    if (importer.ImportStatus != StatusOk) {
-        return nullptr;
-    }
-    auto node = std::make_unique<SceneNode>(std::move(name));
-    importer.OpenEntities.push_back(entities);
-    ImportGeometry(importer, entities, *node, inheritedIndex);
-    ImportGroups(importer, entities, *node, inheritedIndex);
-    ImportInstances(importer, entities, *node, inheritedIndex);
-    importer.OpenEntities.pop_back();
-    return node;
+    Walk walk = {.Importer = importer, .Polygons = {}, .Side = {}, .Welding = {}};
+    return WalkList(walk, entities, std::move(name), inheritedIndex);
 }

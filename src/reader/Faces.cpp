@@ -2,8 +2,7 @@
 #include "reader/Faces.h"
 
 #include "reader/Textures.h"
-
-#include <cmath>
+#include "scene/Winding.h"
 
 namespace {
 
@@ -71,7 +70,7 @@ bool ReadArray(ClearedArray<double>& values, MeshHelperHandle meshHelper, uint64
                ReadTriples read) {
     values.Clear(3 * count);
     uint64_t returned = 0;
-    return read(meshHelper, count, reinterpret_cast<Triple*>(values.Elements.get()), &returned) == 0 &&
+    return read(meshHelper, count, reinterpret_cast<Triple*>(values.Elements.begin()), &returned) == 0 &&
            returned == count;
 }
 
@@ -124,7 +123,7 @@ bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& s
         ReadArray(mesh.Stq, meshHelper, vertexCount,
                   side.IsFront ? SUMeshHelperGetFrontSTQCoords : SUMeshHelperGetBackSTQCoords);
     constexpr double noCoordinates[3] = {0.0, 0.0, 1.0};
-    mesh.Vertices.resize(vertexCount);
+    mesh.Vertices.Resize(vertexCount);
     for (size_t i = 0; i < vertexCount; ++i) {
         mesh.Vertices[i] = MakeVertex(&mesh.Positions.Elements[3 * i], &mesh.Normals.Elements[3 * i],
                                       textured ? &mesh.Stq.Elements[3 * i] : noCoordinates, side);
@@ -135,37 +134,20 @@ bool ReadSideMesh(SideMesh& mesh, MeshHelperHandle meshHelper, const FaceSide& s
     }
     mesh.Indices.Clear(indexCount);
     uint64_t returned = 0;
-    return SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.Elements.get(),
+    return SUMeshHelperGetVertexIndices(meshHelper, indexCount, mesh.Indices.Elements.begin(),
                                         &returned) == 0 &&
            returned == indexCount && IndicesAreSound(mesh.Indices, vertexCount);
 }
 
-// Returns the normal on the side from which a, b, c turn clockwise: (a - c) x (c - b), the reverse of
-// the right-hand rule. Only for KeepsOrder. It is normalised twice because Normalize leaves a short
-// vector unchanged: a triangle almost without area gets (0, 1, 0), and one exactly at the threshold
-// stays short. The second sum has an order of its own. Every rounding can affect the sign of a product
-// near zero, so neither step can replace the other.
-Vec3 ReversedNormal(const Vec3& a, const Vec3& b, const Vec3& c) {
-    const Vec3 e1 = {a.X - c.X, a.Y - c.Y, a.Z - c.Z};
-    const Vec3 e2 = {c.X - b.X, c.Y - b.Y, c.Z - b.Z};
-    Vec3 n = {e1.Y * e2.Z - e1.Z * e2.Y, e1.Z * e2.X - e1.X * e2.Z, e1.X * e2.Y - e1.Y * e2.X};
-    Normalize(n);
-    const float length = std::sqrt((n.Y * n.Y + n.X * n.X) + n.Z * n.Z);
-    if (static_cast<double>(length) > LengthThreshold) {
-        const float inverse = 1.0f / length;
-        n = {n.X * inverse, n.Y * inverse, n.Z * inverse};
-    } else if (static_cast<double>(length) < LengthThreshold) {
-        n = {0, 1, 0};
-    }
-    return n;
-}
-
-// The winding test: whether a, b, c already turn by the right-hand rule about the plane normal. If not,
-// or if undetermined, the triangle is stored as c, b, a.
-bool KeepsOrder(const Vertex& a, const Vertex& b, const Vertex& c, const Vec3& planeNormal) {
-    const Vec3 n = ReversedNormal(a.Position, b.Position, c.Position);
-    const Vec3& p = planeNormal;
-    return (n.Y * p.Y + n.X * p.X) + n.Z * p.Z < 0.0f;
+// Frees what the next list is not likely to need.
+void ReleaseLarge(SideMesh& mesh) {
+    mesh.Positions.ReleaseLarge();
+    mesh.Normals.ReleaseLarge();
+    mesh.Stq.ReleaseLarge();
+    mesh.Indices.ReleaseLarge();
+    mesh.Vertices.ReleaseLarge();
+    mesh.Corners.ReleaseLarge();
+    mesh.Numbers.ReleaseLarge();
 }
 
 // Called between faces, with the vertices of the last one.
@@ -185,34 +167,36 @@ void ImportFaceSide(ModelImporter& importer, MeshHelperHandle meshHelper, Polygo
     if (importer.ImportStatus != StatusOk || !ReadSideMesh(mesh, meshHelper, side)) {
         return;
     }
-    Vertex* vertex = AppendTriangles(polygons[side.MaterialIndex], mesh.Indices.Count / 3);
+    VertexPool& pool = PoolOf(polygons, side.MaterialIndex);
+    mesh.Corners.Resize(mesh.Indices.Count);
     for (size_t i = 0; i < mesh.Indices.Count; i += 3) {
-        const auto corner = [&mesh, i](size_t which) -> const Vertex& {
-            return mesh.Vertices[static_cast<uint32_t>(mesh.Indices.Elements[i + which])];
+        const auto corner = [&mesh, i](size_t which) {
+            return static_cast<uint32_t>(mesh.Indices.Elements[i + which]);
         };
         // Indices have the winding of the front, so the back reads them in reverse.
-        const Vertex& a = corner(side.IsFront ? 0 : 2);
-        const Vertex& b = corner(1);
-        const Vertex& c = corner(side.IsFront ? 2 : 0);
-        const bool keepsOrder = KeepsOrder(a, b, c, side.PlaneNormal);
-        *vertex++ = keepsOrder ? a : c;
-        *vertex++ = b;
-        *vertex++ = keepsOrder ? c : a;
+        const uint32_t a = corner(side.IsFront ? 0 : 2);
+        const uint32_t b = corner(1);
+        const uint32_t c = corner(side.IsFront ? 2 : 0);
+        const bool keepsOrder = KeepsOrder(mesh.Vertices[a].Position, mesh.Vertices[b].Position,
+                                           mesh.Vertices[c].Position, side.PlaneNormal);
+        mesh.Corners[i] = keepsOrder ? a : c;
+        mesh.Corners[i + 1] = b;
+        mesh.Corners[i + 2] = keepsOrder ? c : a;
     }
+    AppendTriangles(pool, mesh.Vertices, mesh.Corners, mesh.Numbers);
     WriteMaterialTexture(importer, importer.MaterialTable.Rows[static_cast<size_t>(side.MaterialIndex)]);
 }
 
 void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& polygons,
-                 int32_t inheritedIndex) {
+                 int32_t inheritedIndex, SideMesh& mesh) {
     if (importer.ImportStatus != StatusOk) {
         return;
     }
-    SideMesh mesh; // reused for all sides, for its memory
-    const ClearedArray<FaceHandle> faces =
+    const auto faces =
         ReadList(entities, SUEntitiesGetNumFaces, SUEntitiesGetFaces, ReturnedCount::NotRead);
     for (const FaceHandle& face : faces) {
         ShowFaces(importer, static_cast<uint64_t>(&face - faces.begin()), faces.Count,
-                  mesh.Vertices.size());
+                  mesh.Vertices.Count);
         if (IsNull(face) || IsExcludedByLayer(SUFaceToDrawingElement(face))) {
             continue;
         }
@@ -241,4 +225,5 @@ void ImportFaces(ModelImporter& importer, EntitiesHandle entities, PolygonList& 
         ImportFaceSide(importer, meshHelper, polygons, back, mesh);
         SUUVHelperRelease(&uvHelper);
     }
+    ReleaseLarge(mesh);
 }

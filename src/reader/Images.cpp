@@ -95,7 +95,7 @@ void ImportImages(ModelImporter& importer, EntitiesHandle entities, PolygonList&
             continue;
         }
         const QuadCorners front = FrontCorners(size, ConvertTransform(transform));
-        AppendPolygon(polygons[row], front);
-        AppendPolygon(polygons[row], BackCorners(front));
+        AppendPolygon(PoolOf(polygons, row), front);
+        AppendPolygon(PoolOf(polygons, row), BackCorners(front));
     }
 }

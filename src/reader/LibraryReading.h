@@ -3,14 +3,12 @@
 #pragma once
 
 #include "api/SketchUpAPI.h"
+#include "platform/LargeArray.h"
 #include "scene/Matrix.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
-#include <memory>
-#include <new>
 #include <optional>
 #include <string>
 
@@ -20,33 +18,35 @@ constexpr uint64_t MaxElementCount = std::numeric_limits<int32_t>::max();
 // How the returned count of an array is checked.
 enum class ReturnedCount { MustMatch, NotRead };
 
-// Zeroed elements for the library to fill. Fresh memory is not touched until it is written, so a false
-// count costs little.
+// Zeroed elements for the library to fill. Large fresh memory is zero already and not touched until it
+// is written, so a false count costs little.
 template <class Element> struct ClearedArray {
-    std::unique_ptr<Element[], decltype(&std::free)> Elements = {nullptr, std::free};
+    LargeArray<Element> Elements;
     uint64_t Count = 0;
-    uint64_t Room = 0; // capacity in elements
+    uint64_t Written = 0; // elements from the first on that may not be zero
 
     // Makes it an array of count zeroed elements, in the present memory if they fit.
     void Clear(uint64_t count) {
+        const bool isNew = count * sizeof(Element) > Elements.Memory.Room;
+        const bool wasMapped = Elements.Memory.Reserved != 0;
+        Elements.Clear(); // nothing is to be copied
+        Elements.Resize(count);
+        if (isNew && !wasMapped) {
+            Written = Elements.Memory.Reserved != 0 ? 0 : count;
+        }
+        std::fill_n(Elements.begin(), std::min(count, Written), Element{});
+        Written = std::max(Written, count);
         Count = count;
-        if (count <= Room) {
-            std::fill_n(Elements.get(), count, Element{});
-            return;
-        }
-        Elements.reset();
-        Room = 0;
-        Elements.reset(static_cast<Element*>(std::calloc(count, sizeof(Element))));
-        if (Elements == nullptr) {
-            throw std::bad_alloc();
-        }
-        Room = count;
+    }
+    void ReleaseLarge() {
+        Elements.ReleaseLarge();
+        Written = Elements.Memory.Room != 0 ? Written : 0;
     }
     const Element* begin() const {
-        return Elements.get();
+        return Elements.begin();
     }
     const Element* end() const {
-        return Elements.get() + Count;
+        return Elements.end();
     }
 };
 
@@ -63,7 +63,7 @@ ClearedArray<Element> ReadList(Owner owner, int32_t (*getCount)(Owner, uint64_t*
     ClearedArray<Element> elements;
     elements.Clear(count);
     uint64_t returned = 0;
-    if (getElements(owner, count, elements.Elements.get(), &returned) != 0) {
+    if (getElements(owner, count, elements.Elements.begin(), &returned) != 0) {
         return {};
     }
     if (rule == ReturnedCount::MustMatch && returned != count) {

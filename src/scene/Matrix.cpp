@@ -27,17 +27,6 @@ void Multiply(Matrix4& a, const Matrix4& b) {
     a = result;
 }
 
-void TransformPoint(const Matrix4& m, Vec3& p) {
-    const float x = ((p.X * m.M[0] + p.Y * m.M[4]) + p.Z * m.M[8]) + m.M[12];
-    const float y = ((p.X * m.M[1] + p.Y * m.M[5]) + p.Z * m.M[9]) + m.M[13];
-    const float z = ((p.X * m.M[2] + p.Y * m.M[6]) + p.Z * m.M[10]) + m.M[14];
-    const float w = ((p.X * m.M[3] + p.Y * m.M[7]) + p.Z * m.M[11]) + m.M[15];
-    const double reciprocal = 1.0 / static_cast<double>(w);
-    p.X = static_cast<float>(static_cast<double>(x) * reciprocal);
-    p.Y = static_cast<float>(static_cast<double>(y) * reciprocal);
-    p.Z = static_cast<float>(static_cast<double>(z) * reciprocal);
-}
-
 void TransformNormal(const Matrix4& m, Vec3& n) {
     const float x = (n.X * m.M[0] + n.Y * m.M[4]) + n.Z * m.M[8];
     const float y = (n.X * m.M[1] + n.Y * m.M[5]) + n.Z * m.M[9];
@@ -164,19 +153,4 @@ bool IsMirrored(const Matrix4& m) {
     Vec3 d = {a.Y * b.Z - a.Z * b.Y, a.Z * b.X - a.X * b.Z, a.X * b.Y - a.Y * b.X};
     Normalize(d);
     return (d.X * e.X + d.Y * e.Y) + d.Z * e.Z < 0.0f;
-}
-
-static void ExtendRange(float& min, float& max, float value) {
-    if (min > value) {
-        min = value;
-    }
-    if (value > max) {
-        max = value;
-    }
-}
-
-void ExtendBox(BoundingBox& box, const Vec3& p) {
-    ExtendRange(box.Min.X, box.Max.X, p.X);
-    ExtendRange(box.Min.Y, box.Max.Y, p.Y);
-    ExtendRange(box.Min.Z, box.Max.Z, p.Z);
 }

@@ -4,6 +4,8 @@
 // results are identical to the last bit on every system. Double precision is used only where stated.
 #pragma once
 
+#include <algorithm>
+
 struct Vec3 {
     float X = 0;
     float Y = 0;
@@ -40,8 +42,20 @@ void Normalize(Vec3& v);
 void Multiply(Matrix4& a, const Matrix4& b);
 
 // Transforms the point p by m and divides it by w, the reciprocal and the three products in double
-// precision. A w of 0 follows IEEE arithmetic.
-void TransformPoint(const Matrix4& m, Vec3& p);
+// precision. A w of 0 follows IEEE arithmetic. A w of 1, that of nearly all points, divides nothing.
+inline void TransformPoint(const Matrix4& m, Vec3& p) {
+    const float x = ((p.X * m.M[0] + p.Y * m.M[4]) + p.Z * m.M[8]) + m.M[12];
+    const float y = ((p.X * m.M[1] + p.Y * m.M[5]) + p.Z * m.M[9]) + m.M[13];
+    const float z = ((p.X * m.M[2] + p.Y * m.M[6]) + p.Z * m.M[10]) + m.M[14];
+    const float w = ((p.X * m.M[3] + p.Y * m.M[7]) + p.Z * m.M[11]) + m.M[15];
+    p = {x, y, z};
+    if (w != 1.0f) {
+        const double reciprocal = 1.0 / static_cast<double>(w);
+        p.X = static_cast<float>(static_cast<double>(x) * reciprocal);
+        p.Y = static_cast<float>(static_cast<double>(y) * reciprocal);
+        p.Z = static_cast<float>(static_cast<double>(z) * reciprocal);
+    }
+}
 
 // Transforms the direction n by the upper 3 x 3 part of m and normalises it.
 void TransformNormal(const Matrix4& m, Vec3& n);
@@ -52,5 +66,8 @@ int Invert(Matrix4& m);
 // Whether the upper 3 x 3 part of m reverses handedness. False if a row is zero.
 bool IsMirrored(const Matrix4& m);
 
-// Extends the box by p. A coordinate that is not a number changes nothing.
-void ExtendBox(BoundingBox& box, const Vec3& p);
+// Extends the box by p. A coordinate that is equal or not a number changes nothing.
+inline void ExtendBox(BoundingBox& box, const Vec3& p) {
+    box.Min = {std::min(box.Min.X, p.X), std::min(box.Min.Y, p.Y), std::min(box.Min.Z, p.Z)};
+    box.Max = {std::max(box.Max.X, p.X), std::max(box.Max.Y, p.Y), std::max(box.Max.Z, p.Z)};
+}

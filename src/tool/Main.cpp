@@ -1,5 +1,5 @@
 // The program: arguments, directories, the import, the scene file, the exit code.
-#include "platform/Main.h"
+#include "platform/entry/Main.h"
 #include "output/SceneFile.h"
 #include "platform/Platform.h"
 #include "run/Log.h"

@@ -1,10 +1,13 @@
-// A preloaded library that refuses requests for memory. It counts them between SUInitialize and
-// SUTerminate, from 1, in the program and in all of its libraries.
+// A preloaded library that refuses requests for memory: of the operators, and mappings that are made or
+// grown. It counts them between SUInitialize and SUTerminate, from 1, in the program and in all of its
+// libraries.
 //
 // Environment:
 //   ORVANE_FAIL_NEW   "NUMBER only" or "NUMBER from": the requests to refuse; one alone is refused as
 //                     a size that no array can have
 //   ORVANE_COUNT_NEW  output file for the number of requests
+#include <cerrno>
+#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +15,9 @@
 #include <dlfcn.h>
 #include <new>
 #include <stdexcept>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 
@@ -47,14 +53,43 @@ void SUTerminate(void) {
 }
 }
 
+// Whether the next request is refused.
+static bool IsRefused() {
+    if (!counting) {
+        return false;
+    }
+    ++requests;
+    return requests == first || (all && requests >= first);
+}
+
+extern "C" {
+void* mmap(void* address, size_t size, int protection, int flags, int file, off_t offset) {
+    if ((flags & MAP_ANONYMOUS) != 0 && IsRefused()) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return reinterpret_cast<void*>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
+}
+
+void* mremap(void* memory, size_t former, size_t size, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    void* const target = (flags & MREMAP_FIXED) != 0 ? va_arg(more, void*) : nullptr;
+    va_end(more);
+    if (IsRefused()) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return reinterpret_cast<void*>(syscall(SYS_mremap, memory, former, size, flags, target));
+}
+}
+
 // Replaces the standard operators in the whole process.
 void* operator new(size_t size) {
-    if (counting) {
-        ++requests;
-        if (all && requests >= first)
+    if (IsRefused()) {
+        if (all)
             throw std::bad_alloc();
-        if (requests == first)
-            throw std::length_error("");
+        throw std::length_error("");
     }
     void* memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr)

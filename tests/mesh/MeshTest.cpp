@@ -5,6 +5,7 @@
 #include "mesh/LiteralWeld.h"
 #include "mesh/WeldVertices.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -25,31 +26,44 @@ Vertex At(float x, float y = 0) {
     return {.Position = {x, y, 0}, .Normal = {0, 1, 0}, .U = 0, .V = 0};
 }
 
+struct PlainMesh {
+    Indices Corners;
+    std::vector<Vertex> Vertices;
+    int32_t MaterialIndex = 0;
+};
+
+VertexPool PoolWith(const std::vector<Vertex>& vertices, const Indices& corners) {
+    VertexPool pool;
+    LargeArray<uint32_t> numbers;
+    AppendTriangles(pool, vertices, corners, numbers);
+    return pool;
+}
+
 // Appends the meshes of one material: vertices in order of first use, a new mesh after 99997 vertices.
 void CutLiterally(const std::vector<Vertex>& vertices, const Indices& indices, int32_t material,
-                  std::vector<SceneMesh>& meshes) {
+                  std::vector<PlainMesh>& meshes) {
     std::vector<int64_t> numbers;
     for (size_t k = 0; k < indices.size(); ++k) {
         if (k == 0 || (k % 3 == 0 && meshes.back().Vertices.size() >= 99997)) {
             meshes.emplace_back().MaterialIndex = material;
             numbers.assign(vertices.size(), -1);
         }
-        SceneMesh& mesh = meshes.back();
+        PlainMesh& mesh = meshes.back();
         int64_t& number = numbers[indices[k]];
         if (number < 0) {
             number = static_cast<int64_t>(mesh.Vertices.size());
             mesh.Vertices.push_back(vertices[indices[k]]);
         }
-        mesh.Indices.push_back(static_cast<uint32_t>(number));
+        mesh.Corners.push_back(static_cast<uint32_t>(number));
     }
 }
 
-void ExpectMeshes(const SceneNode& node, const std::vector<SceneMesh>& expected) {
+void ExpectMeshes(const SceneNode& node, const std::vector<PlainMesh>& expected) {
     ASSERT_EQ(node.Meshes.Elements.size(), expected.size());
     for (size_t i = 0; i < expected.size(); ++i) {
         const SceneMesh& mesh = *node.Meshes.Elements[i];
         EXPECT_EQ(mesh.MaterialIndex, expected[i].MaterialIndex);
-        EXPECT_TRUE(mesh.Indices == expected[i].Indices);
+        EXPECT_TRUE(std::ranges::equal(mesh.Indices, expected[i].Corners));
         ASSERT_EQ(mesh.Vertices.size(), expected[i].Vertices.size());
         EXPECT_EQ(std::memcmp(mesh.Vertices.data(), expected[i].Vertices.data(),
                               mesh.Vertices.size() * sizeof(Vertex)),
@@ -59,20 +73,19 @@ void ExpectMeshes(const SceneNode& node, const std::vector<SceneMesh>& expected)
 
 } // namespace
 
-TEST(Weld, SkipsEmptyIndicesAndWeldedPools) {
-    VertexPool pool = {.Vertices = {At(0), At(1)}, .Welded = false};
-    Indices none;
-    WeldVertices(pool, none, WeldTolerance);
+TEST(Weld, SkipsEmptyAndWeldedPools) {
+    WeldScratch scratch;
+    VertexPool pool;
+    WeldVertices(pool, scratch, WeldTolerance);
     EXPECT_TRUE(pool.Welded);
-    EXPECT_EQ(pool.Vertices.size(), 2u);
-    pool.Vertices[1] = pool.Vertices[0];
-    Indices indices = {0, 1, 1};
-    WeldVertices(pool, indices, WeldTolerance);
-    EXPECT_EQ(indices, (Indices{0, 1, 1}));
+    pool = PoolWith({At(0), At(0), At(1)}, {0, 1, 2});
+    pool.Welded = true;
+    WeldVertices(pool, scratch, WeldTolerance);
+    EXPECT_EQ(pool.Vertices.Count, 3u);
 }
 
-// Pools around the limit in order of first use and in the reverse order. One corner in sixteen uses an
-// earlier vertex, and the last triangles use vertices of the first.
+// Pools around the limit, with vertices in order of first use and in the reverse order. One corner in
+// sixteen uses an earlier vertex, and the last triangles use vertices of the first.
 TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
     std::mt19937 random(1);
     for (const bool reversed : {false, true}) {
@@ -83,19 +96,21 @@ TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
                 indices.push_back(again ? static_cast<uint32_t>(random()) % used : used++);
             }
             indices.insert(indices.end(), {0, 1, 2, 0, 1, 1});
-            VertexPool pool;
+            std::vector<Vertex> vertices;
             for (size_t i = 0; i < count; ++i) {
-                pool.Vertices.push_back(At(static_cast<float>(i)));
+                vertices.push_back(At(static_cast<float>(i)));
             }
             for (uint32_t& index : indices) {
                 index = reversed ? static_cast<uint32_t>(count - 1) - index : index;
             }
-            std::vector<SceneMesh> expected;
-            CutLiterally(pool.Vertices, indices, 3, expected);
+            std::vector<PlainMesh> expected;
+            CutLiterally(vertices, indices, 3, expected);
+            MeshMemory memory;
             SceneNode node(u"");
-            AddMeshes(node, {}, pool, 3);
-            AddMeshes(node, {0, 0, 0}, VertexPool(), 3);
-            AddMeshes(node, indices, pool, 3);
+            VertexPool pool;
+            AddMeshes(node, pool, 3, memory);
+            pool = PoolWith(vertices, indices);
+            AddMeshes(node, pool, 3, memory);
             SCOPED_TRACE(count);
             ExpectMeshes(node, expected);
         }
@@ -104,8 +119,9 @@ TEST(AddMeshes, CutsBetweenTrianglesAtTheLimit) {
 
 TEST(AddPolygons, EqualsTheLiteralWeldOfEachMaterial) {
     std::mt19937 random(2);
+    PolygonList list;
+    WeldScratch scratch;
     for (int round = 0; round < 60; ++round) {
-        PolygonList list;
         std::map<int32_t, std::vector<Vertex>> corners;
         for (auto polygons = random() % 60; polygons > 0; --polygons) {
             const auto material = static_cast<int32_t>(random() % 8);
@@ -115,30 +131,33 @@ TEST(AddPolygons, EqualsTheLiteralWeldOfEachMaterial) {
                 constexpr float heights[] = {0, 0.99e-5f, 1e-5f};
                 vertex = At(static_cast<float>(random() % 4), heights[random() % 3]);
             }
-            AppendPolygon(list[material], polygon);
+            AppendPolygon(PoolOf(list, material), polygon);
             for (size_t k = 2; k < polygon.size(); ++k) {
                 corners[material].insert(corners[material].end(),
                                          {polygon[0], polygon[k - 1], polygon[k]});
             }
         }
-        std::vector<SceneMesh> expected;
+        std::vector<PlainMesh> expected;
         for (auto& [material, vertices] : corners) {
             Indices indices = UpTo(vertices.size());
             WeldLiterally(vertices, indices, 1e-5f);
             CutLiterally(vertices, indices, material, expected);
         }
         SceneNode node(u"");
-        AddPolygons(node, list);
-        EXPECT_TRUE(list.empty());
+        MeshMemory memory;
+        AddPolygons(node, list, scratch, memory);
+        EXPECT_TRUE(list.Pools.empty());
         ExpectMeshes(node, expected);
     }
 }
 
-// Their vertices would not have 32-bit numbers.
+// Their corners would not have 32-bit numbers. No corner is read before the count is checked.
 TEST(AddPolygons, RejectsTooManyTriangles) {
-    VertexPool pool;
-    EXPECT_THROW(AppendTriangles(pool, 715827883), std::length_error);
-    AppendTriangles(pool, 1);
-    EXPECT_THROW(AppendTriangles(pool, 715827882), std::length_error);
-    EXPECT_EQ(pool.Vertices.size(), 3u);
+    LargeArray<uint32_t> numbers;
+    VertexPool pool = PoolWith({At(0), At(1), At(2)}, {0, 1, 2});
+    const std::vector<Vertex> vertices(3);
+    const Indices corner = {0};
+    const std::span<const uint32_t> tooMany(corner.data(), size_t{2147483647} - 2);
+    EXPECT_THROW(AppendTriangles(pool, vertices, tooMany, numbers), std::length_error);
+    EXPECT_EQ(pool.Corners.Count, 3u);
 }

@@ -54,12 +54,22 @@ Vec3 NormalOf(const SceneMesh& mesh) {
     return normal;
 }
 
-SceneMesh& AddTriangle(SceneNode& node, const Vec3& a, const Vec3& b, const Vec3& c) {
+MeshMemory meshMemory; // of all meshes
+
+SceneMesh& AddMesh(SceneNode& node, const std::vector<Vertex>& vertices,
+                   const std::vector<uint32_t>& indices) {
     SceneMesh& mesh = node.Meshes.Append(std::make_unique<SceneMesh>());
-    mesh.Indices = {0, 1, 2};
+    mesh.Vertices = CopyInto(meshMemory, std::span(vertices));
+    mesh.Indices = CopyInto(meshMemory, std::span(indices));
+    return mesh;
+}
+
+SceneMesh& AddTriangle(SceneNode& node, const Vec3& a, const Vec3& b, const Vec3& c) {
+    std::vector<Vertex> vertices;
     for (const Vec3& position : {a, b, c}) {
-        mesh.Vertices.push_back({.Position = position, .Normal = {}, .U = 0, .V = 0});
+        vertices.push_back({.Position = position, .Normal = {}, .U = 0, .V = 0});
     }
+    SceneMesh& mesh = AddMesh(node, vertices, {0, 1, 2});
     for (Vertex& vertex : mesh.Vertices) {
         vertex.Normal = NormalOf(mesh);
     }
@@ -153,9 +163,9 @@ TEST(Recentre, KeepsMeshesUnderTheIdentityAndPointsOfFlatGroups) {
 TEST(SceneFile, WritesFourZeroBytesPerVertex) {
     constexpr size_t count = 2500;
     SceneNode root(u"");
-    SceneMesh& mesh = root.Meshes.Append(std::make_unique<SceneMesh>());
-    mesh.Vertices.assign(count, {.Position = {1, 1, 1}, .Normal = {1, 1, 1}, .U = 1, .V = 1});
-    mesh.Indices = {7, 8, 9};
+    AddMesh(root,
+            std::vector<Vertex>(count, {.Position = {1, 1, 1}, .Normal = {1, 1, 1}, .U = 1, .V = 1}),
+            {7, 8, 9});
     MaterialTable materials;
     materials.Rows.resize(1);
     const std::string bytes = WriteToBytes(root, materials);

@@ -202,7 +202,7 @@ TEST(ProviderModels, TakeTheFirstPictureOfAMaterialOfAssimp) {
     ASSERT_EQ(model.Materials.size(), 1U);
     EXPECT_EQ(model.Materials[0].PictureName, u"tiles.tga");
     EXPECT_EQ(model.Pictures.size(), 1U);
-    ASSERT_EQ(model.Coordinates.size(), 3U);
+    ASSERT_EQ(model.Coordinates.Count, 3U);
     EXPECT_EQ(model.Coordinates[0].X, 1.0);
 }
 

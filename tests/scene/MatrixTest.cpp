@@ -3,11 +3,13 @@
 #include "scene/Matrix.h"
 
 #include "scene/AnyMatrix.h"
+#include "scene/Winding.h"
 
 #include <array>
 #include <bit>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -100,4 +102,39 @@ TEST(Matrix, BoxKeepsInitialLimitsThatNothingExceeds) {
     ExtendBox(box, {NotANumber, 2e7f, 1});
     ExtendBox(box, {NotANumber, 3e7f, -1});
     EXPECT_EQ(Bits(box), Bits(BoundingBox{{9999999, 9999999, -1}, {-9999999, 3e7f, 1}}));
+}
+
+// Triangles of every size, also without area, edge-on to the plane and beyond the range of floats. Both
+// ways of the test are taken often.
+TEST(Winding, EqualsTheDefinition) {
+    std::mt19937 random(3);
+    const float odd[] = {0.0f, -0.0f, 1e-45f, 1e-5f, 3.1e-5f, 1e20f, -3e38f, NotANumber, 2.5f};
+    size_t kept = 0;
+    for (int round = 0; round < 400000; ++round) {
+        const float size = std::ldexp(1.0f, static_cast<int>(random() % 150) - 100);
+        std::array<Vec3, 4> points; // the corners, and the plane normal
+        for (Vec3& point : points) {
+            point = AnyVector(random);
+        }
+        Vec3& normal = points[3];
+        if (random() % 2 == 0) {
+            // Nearly in the plane, or exactly.
+            const float height = random() % 4 == 0 ? 0.0f : std::ldexp(AnyFloat(random), -18);
+            points[2] = points[0];
+            points[2].Y += height;
+            normal = random() % 2 == 0 ? Vec3{0, 0, 1} : Normalized(normal);
+        }
+        for (size_t i = 0; i < 3; ++i) {
+            points[i] = {points[i].X * size, points[i].Y * size, points[i].Z * size};
+        }
+        if (random() % 8 == 0) {
+            Vec3& changed = points[random() % 4];
+            (random() % 2 == 0 ? changed.X : changed.Z) = odd[random() % std::size(odd)];
+        }
+        const bool expected = KeepsOrderLiterally(points[0], points[1], points[2], normal);
+        ASSERT_EQ(KeepsOrder(points[0], points[1], points[2], normal), expected) << round;
+        kept += expected ? 1 : 0;
+    }
+    EXPECT_GT(kept, 100000u);
+    EXPECT_LT(kept, 300000u);
 }

@@ -146,7 +146,7 @@ walks += sweep([house[0], "in/wide.json", *house[2:]], {"in/wide.json": wide.enc
 outputs = {name: content for name, content in scene.files.items() if name.startswith("out/")}
 outputs["other.bin"] = outputs["out/house.bin"]
 for arguments in (["--json"], ["--tree"], [], ["--diff", "other.bin"], ["--help"],
-                  ["--glb", "house.glb", "--png", "house.png", "--size", "64x40"]):
+                  ["--glb", "house.glb", "--png", "house.png", "--size", "64x40"], ["--html", "house.html"]):
     walks += sweep(["scene-inspect", *arguments, "out/house.bin"], outputs, check_inspect)[1]
 with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
     futures = [pool.submit(*walk) for walk in walks]

@@ -15,7 +15,7 @@ fail() {
     exit 1
 }
 
-# The notices FILE must contain those of each PACKAGE as they are.
+# A file of notices must contain those of Debian packages as they are: check_notices FILE PACKAGE...
 check_notices() {
     python3 - "$@" <<'END'
 import pathlib, sys
@@ -46,6 +46,7 @@ mapfile -t owners < <(objdump -p "$usr"/lib/*/orvane/* | awk '$1 == "NEEDED" { p
     grep -v libSketchUpAPI.so | sort -u | xargs dpkg -S | cut -d: -f1 | sort -u)
 [ ${#owners[@]} -gt 8 ] || fail "the packages of the libraries cannot be found"
 check_notices "$usr/share/doc/orvane/NOTICES" nlohmann-json3-dev libstb-dev libtinygltf-dev "${owners[@]}"
+grep -q 'three.js authors' "$usr/share/doc/orvane/NOTICES" || fail "NOTICES lacks three"
 # What bash offers for "--j".
 offered=$(PATH=$usr/bin:$PATH bash -c '. "$0"; COMP_WORDS=(scene-inspect --j) COMP_CWORD=1; _scene_inspect
     echo "${COMPREPLY[*]}"' "$usr/share/bash-completion/completions/scene-inspect")

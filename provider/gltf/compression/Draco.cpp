@@ -2,6 +2,7 @@
 // so the counts are checked between their steps.
 #include "provider/gltf/compression/Draco.h"
 
+#include <draco/compression/entropy/symbol_decoding.h>
 #include <draco/compression/mesh/mesh_edgebreaker_decoder.h>
 #include <draco/compression/mesh/mesh_sequential_decoder.h>
 #include <draco/core/varint_decoding.h>
@@ -24,6 +25,8 @@ constexpr uint16_t LastFixedEdgebreaker = DRACO_BITSTREAM_VERSION(1, 255);
 constexpr uint16_t LastFixedSequential = DRACO_BITSTREAM_VERSION(2, 1);
 // Up to this version, the counts of an edgebreaker mesh begin with one more.
 constexpr uint16_t LastWithNewVertices = DRACO_BITSTREAM_VERSION(2, 1);
+// Up to this version, the older way of predicting texture coordinates has a count of four bytes.
+constexpr uint16_t LastFixedOrientations = DRACO_BITSTREAM_VERSION(2, 1);
 
 bool TakeNumber(draco::DecoderBuffer& ahead, bool isFixed, uint32_t& number) {
     return isFixed ? ahead.Decode(&number) : draco::DecodeVarint(&number, &ahead);
@@ -48,6 +51,31 @@ bool AllowsCounts(const draco::MeshSequentialDecoder&, draco::DecoderBuffer ahea
     return TakeNumber(ahead, version <= LastFixedSequential, triangles) && triangles <= mostTriangles;
 }
 
+// Whether the number of bits that help to predict texture coordinates is allowed: a bit per value. The
+// library takes memory and time for any number. It follows the values, so these are decoded twice.
+bool AllowsOrientations(draco::DecoderBuffer ahead, bool isFixed, size_t values) {
+    constexpr uint32_t components = 2;
+    std::vector<uint32_t> numbers(values * components);
+    uint8_t isCompressed = 0;
+    uint8_t size = 0; // bytes of a number
+    if (!ahead.Decode(&isCompressed)) {
+        return false;
+    }
+    if (isCompressed != 0) {
+        if (!draco::DecodeSymbols(static_cast<uint32_t>(numbers.size()), components, &ahead,
+                                  numbers.data())) {
+            return false;
+        }
+    } else if (!ahead.Decode(&size) ||
+               numbers.size() * size > static_cast<uint64_t>(ahead.remaining_size())) {
+        return false;
+    } else {
+        ahead.Advance(static_cast<int64_t>(numbers.size() * size));
+    }
+    uint32_t orientations = 0;
+    return TakeNumber(ahead, isFixed, orientations) && orientations <= values;
+}
+
 // Inheritance is the library's way of taking part in the course of a decoder.
 template <class Decoder> class BoundedDecoder : public Decoder {
 public:
@@ -55,7 +83,8 @@ public:
 
 protected:
     bool DecodeConnectivity() override {
-        return AllowsCounts(*this, *this->buffer(), this->bitstream_version(), MostTriangles) &&
+        Ahead = this->buffer();
+        return AllowsCounts(*this, *Ahead, this->bitstream_version(), MostTriangles) &&
                Decoder::DecodeConnectivity();
     }
 
@@ -72,8 +101,30 @@ protected:
                                                                  attribute.data_type())));
         }
         return size * points.num_points() <= MostTriangles * AttributeBytes &&
-               Decoder::DecodeAllAttributes();
+               Decoder::DecodeAllAttributes() && !IsTooMuch;
     }
+
+    // The library asks for this when it has read how an attribute is predicted, before its values.
+    const draco::MeshAttributeIndicesEncodingData* GetAttributeEncodingData(int id) const override {
+        const draco::MeshAttributeIndicesEncodingData* values = Decoder::GetAttributeEncodingData(id);
+        const char method = Ahead->data_head()[-2]; // before the byte of the transformation
+        const bool isOlder = method == draco::MESH_PREDICTION_TEX_COORDS_DEPRECATED;
+        if (values == nullptr || !(isOlder || method == draco::MESH_PREDICTION_TEX_COORDS_PORTABLE)) {
+            return values;
+        }
+        const bool isFixed = !isOlder || this->bitstream_version() <= LastFixedOrientations;
+        if (this->point_cloud()->attribute(id)->num_components() != 2 ||
+            !AllowsOrientations(*Ahead, isFixed,
+                                values->encoded_attribute_value_index_to_corner_map.size())) {
+            IsTooMuch = true;
+            return nullptr; // which leads to another prediction
+        }
+        return values;
+    }
+
+private:
+    const draco::DecoderBuffer* Ahead = nullptr;
+    mutable bool IsTooMuch = false;
 };
 
 GltfType TypeOf(draco::DataType type) {

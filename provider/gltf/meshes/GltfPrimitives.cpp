@@ -2,17 +2,12 @@
 #include "provider/gltf/meshes/GltfPrimitives.h"
 
 #include "provider/gltf/meshes/PrimitiveData.h"
-#include "provider/reading/FaceBuilder.h"
+#include "provider/model/Mapping.h"
 #include "provider/reading/NodeTree.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
-
-bool IsFinite(Point3 point) {
-    return std::isfinite(point.X) && std::isfinite(point.Y) && std::isfinite(point.Z);
-}
 
 // Removes triangles with a non-finite corner.
 void DropNonFiniteTriangles(FaceGeometry& geometry) {
@@ -59,13 +54,22 @@ bool ReadCoordinates(const PrimitiveSource& source, const GltfSurface& surface, 
                        error)) {
         return false;
     }
+    const ModelSurface mapping = {surface.U, surface.V};
     for (Point3& point : coordinates) {
-        point = CoordinatesOn(surface, point.X, point.Y);
+        point = CoordinatesOn(mapping, point.X, point.Y);
         if (!IsFinite(point)) {
             point = {0.0, 0.0, 1.0};
         }
     }
     return true;
+}
+
+void Clear(FaceGeometry& geometry) {
+    geometry.Positions.clear();
+    geometry.Normals.clear();
+    geometry.FrontCoordinates.clear();
+    geometry.BackCoordinates.clear();
+    geometry.Indices.clear();
 }
 
 bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source, const GltfPose& pose) {
@@ -75,13 +79,18 @@ bool AddPrimitive(PrimitiveReading& reading, PrimitiveSource& source, const Gltf
         return FailIn(source, "material", "the material does not exist", reading.Error);
     }
     const GltfSurface surface = hasMaterial ? reading.Surfaces[primitive.Material] : GltfSurface();
-    FaceGeometry geometry;
+    FaceGeometry& geometry = reading.Geometry;
+    Clear(geometry);
     IndexRange range;
     if (!FindCompressedMesh(source, reading.Error) ||
         !ReadTriangles(source, geometry.Indices, range, reading.Error)) {
         return false;
     }
     if (geometry.Indices.empty()) {
+        return true;
+    }
+    if (AddSingleFaces(reading.Output, source, pose, surface, {geometry.Indices, range},
+                       reading.Singles)) {
         return true;
     }
     if (!ReadVertices(reading, source, pose, range, geometry) ||
@@ -142,8 +151,8 @@ void ReserveFaces(GltfDocument& document, Model& model) {
                 FindAttribute(primitive.Attributes, GltfSemantic::Coordinates, 0) != nullptr ? used : 0;
         }
     }
-    model.Indices.reserve(indices);
-    model.Positions.reserve(positions + positions / 8);
-    model.Normals.reserve(positions + positions / 8);
-    model.Coordinates.reserve(coordinates + coordinates / 8);
+    model.Indices.Reserve(indices);
+    model.SinglePositions.Reserve(positions + positions / 8);
+    model.SingleNormals.Reserve(positions + positions / 8);
+    model.SingleCoordinates.Reserve(coordinates + coordinates / 8);
 }

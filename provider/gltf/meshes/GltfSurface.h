@@ -1,8 +1,6 @@
 // How materials map their pictures.
 #pragma once
 
-#include "provider/model/Vector.h"
-
 #include <array>
 #include <cstdint>
 
@@ -13,9 +11,3 @@ struct GltfSurface {
     std::array<double, 3> U = {1.0, 0.0, 0.0};
     std::array<double, 3> V = {0.0, 1.0, 0.0};
 };
-
-// Final texture coordinates s, t, 1 for glTF's u and v.
-inline Point3 CoordinatesOn(const GltfSurface& surface, double u, double v) {
-    return {surface.U[0] * u + surface.U[1] * v + surface.U[2],
-            1.0 - (surface.V[0] * u + surface.V[1] * v + surface.V[2]), 1.0};
-}

@@ -15,8 +15,9 @@ struct ShapeReading {
     GltfDocument& Document;
     ImportedTree& Tree;
     std::vector<std::string>& Remarks;
-    std::vector<Reach> Reached;    // of each node of the tree, from the scene
-    std::vector<uint32_t> Parents; // of each node of the tree; NoIndex without one
+    std::vector<Reach> Reached;           // of each node of the tree, from the scene
+    std::vector<uint32_t> Parents;        // of each node of the tree; NoIndex without one
+    std::map<uint32_t, Transform> Placed; // of nodes in the scene, as far as asked for
     // By skin; null if the skin can't be used.
     std::map<uint32_t, std::shared_ptr<const std::vector<Transform>>> Joints;
     std::map<uint32_t, bool> Skinnable; // by mesh
@@ -49,15 +50,26 @@ void WalkTree(ShapeReading& reading) {
     }
 }
 
-// The placement of a node in the scene. Returns false if it is below itself or nested too deeply.
-bool PlaceInScene(const ShapeReading& reading, uint32_t node, Transform& placement) {
-    placement = IdentityTransform;
-    for (uint32_t depth = 0; node != NoIndex; node = reading.Parents[node]) {
-        if (++depth > DeepestNesting) {
+// The placement of a node in the scene. Returns false if it is below itself or nested too deeply. Each
+// node is placed once, since many joints can be below the same nodes.
+bool PlaceInScene(ShapeReading& reading, uint32_t node, Transform& placement) {
+    std::vector<uint32_t> path; // up to the first node that is placed
+    const auto isPlaced = [&](uint32_t which) {
+        return which == NoIndex || reading.Placed.contains(which);
+    };
+    for (uint32_t above = node; !isPlaced(above); above = reading.Parents[above]) {
+        if (path.size() == DeepestNesting) {
             return false;
         }
-        placement = Multiply(placement, reading.Tree.Nodes[node].Placement);
+        path.push_back(above);
     }
+    for (; !path.empty(); path.pop_back()) {
+        const ImportedNode& placed = reading.Tree.Nodes[path.back()];
+        const uint32_t parent = reading.Parents[path.back()];
+        reading.Placed[path.back()] =
+            parent == NoIndex ? placed.Placement : Multiply(placed.Placement, reading.Placed.at(parent));
+    }
+    placement = reading.Placed.at(node);
     return true;
 }
 
@@ -182,7 +194,7 @@ std::vector<GltfShape> ShapeNodes(GltfDocument& document, GltfNodes& nodes,
     if (nodes.Shaped.empty()) {
         return {};
     }
-    ShapeReading reading = {document, nodes.Tree, remarks, {}, {}, {}, {}, {}, {}};
+    ShapeReading reading = {document, nodes.Tree, remarks, {}, {}, {}, {}, {}, {}, {}};
     WalkTree(reading);
     for (const GltfShapedNode& shaped : nodes.Shaped) {
         ShapeNode(reading, shaped);

@@ -95,13 +95,14 @@ TEST(InspectReport, FindsEachKindOfDifference) {
 
 TEST(InspectReport, ParsesOptionsInAnyOrderAndRejectsWrongOnes) {
     Options options;
-    EXPECT_EQ(ParseOptions(Arguments(u"--size 7x4096 f --png p --glb g --textures t --diff o"), options),
+    EXPECT_EQ(ParseOptions(Arguments(u"--size 7x4096 f --png p --glb g --html h --textures t --diff o"),
+                           options),
               u"");
     EXPECT_EQ(options.Width, 7U);
     EXPECT_EQ(options.Height, 4096U);
-    EXPECT_EQ(options.File + options.PictureFile + options.GltfFile + options.TextureDirectory +
-                  options.Other,
-              u"fpgto");
+    EXPECT_EQ(options.File + options.PictureFile + options.GltfFile + options.PageFile +
+                  options.TextureDirectory + options.Other,
+              u"fpghto");
     options = {};
     EXPECT_EQ(ParseOptions(Arguments(u"-- --json"), options), u"");
     EXPECT_EQ(options.File, u"--json");
@@ -126,6 +127,8 @@ TEST(InspectReport, ParsesOptionsInAnyOrderAndRejectsWrongOnes) {
              u"a --glb ./a",
              u"a --png a",
              u"a --diff o --glb o",
+             u"a --diff o --html o",
+             u"a --glb x --html x",
              u"a --png x --glb .\\x",
              u"a --png missing/x --glb missing/../missing//x",
          }) {
@@ -164,6 +167,7 @@ TEST(InspectReport, ReturnsAnExitCodePerOutcome) {
         {u"a.bin --diff a.bin", 0, "no differences\n", ""},
         {u"a.bin --diff b.bin", 3, "1 difference\nfirst: node 0, mesh 0 \"Default\", vertex 0 pos", ""},
         {u"a.bin --glb missing/a.glb", 4, "nodes ", "missing/a.glb"},
+        {u"a.bin --html missing/a.html", 4, "nodes ", "missing/a.html: "},
         {u"a.bin --png a.png --size 31x17", 0, "nodes ", ""},
     };
     for (const auto& row : rows) {

@@ -1,6 +1,6 @@
 // main on POSIX: arguments are UTF-8, whatever the locale.
-#include "platform/Main.h"
 #include "platform/Platform.h"
+#include "platform/entry/Main.h"
 
 #include <csignal>
 #include <fcntl.h>

@@ -1,5 +1,5 @@
 // wmain on Windows: arguments are UTF-16.
-#include "platform/Main.h"
+#include "platform/entry/Main.h"
 
 #include <span>
 #include <string_view>
