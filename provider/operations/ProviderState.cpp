@@ -35,6 +35,14 @@ int32_t FillString(StringHandle* string, const std::u16string& text) {
     });
 }
 
+int32_t FillFileName(StringHandle* string, const std::u16string& name) {
+    return WithoutExceptions([&] {
+        std::u16string shown = name;
+        std::ranges::replace_if(shown, IsObeyed, u'_');
+        return FillString(string, shown);
+    });
+}
+
 int32_t WritePicture(const ModelPicture& picture, const char* path) {
     if (path == nullptr) {
         return Failure;

@@ -207,6 +207,10 @@ template <class Handle> int32_t WriteHandles(HandleKind kind, IndexRange range, 
 // Sets a caller's string.
 int32_t FillString(StringHandle* string, const std::u16string& text);
 
+// The same for the name of a picture file, with "_" for line ends and what else a terminal would obey:
+// callers print it.
+int32_t FillFileName(StringHandle* string, const std::u16string& name);
+
 // Prints one line on standard error: the path, a colon, and the text. What a terminal would obey becomes
 // blanks, what isn't UTF-8 U+FFFD, and a line of more than 4096 units ends there.
 void ReportLine(std::string_view path, std::string_view text);

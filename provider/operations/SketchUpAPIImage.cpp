@@ -34,7 +34,7 @@ EntityHandle SUImageToEntity(ImageHandle image) {
 
 int32_t SUImageGetFileName(ImageHandle image, StringHandle* fileName) {
     const ModelImage* found = FindImage(image);
-    return found != nullptr ? FillString(fileName, found->PictureName) : Failure;
+    return found != nullptr ? FillFileName(fileName, found->PictureName) : Failure;
 }
 
 int32_t SUImageGetTransform(ImageHandle image, double transform[TransformValues]) {

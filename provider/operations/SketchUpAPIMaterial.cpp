@@ -85,7 +85,7 @@ int32_t SUMaterialGetTexture(MaterialHandle material, TextureHandle* texture) {
 
 int32_t SUTextureGetFileName(TextureHandle texture, StringHandle* fileName) {
     const ModelMaterial* found = FindTexture(texture);
-    return found != nullptr ? FillString(fileName, found->PictureName) : Failure;
+    return found != nullptr ? FillFileName(fileName, found->PictureName) : Failure;
 }
 
 int32_t SUTextureGetDimensions(TextureHandle texture, uint64_t* width, uint64_t* height, double* sScale,
