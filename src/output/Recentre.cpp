@@ -1,8 +1,10 @@
 // Recentring and baking: two walks over the tree, one for the box, one for the vertices.
 #include "output/Recentre.h"
 
+#include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <utility>
 
 namespace {
@@ -34,6 +36,10 @@ Matrix4 NormalMatrix(const Matrix4& world) {
     return m;
 }
 
+std::array<uint32_t, 3> BitsOf(const Vec3& v) {
+    return std::bit_cast<std::array<uint32_t, 3>>(v);
+}
+
 Matrix4 WorldMatrix(const SceneNode& node, const Matrix4& parentWorld) {
     Matrix4 world = node.Matrix;
     Multiply(world, parentWorld);
@@ -53,7 +59,7 @@ void TransformMesh(SceneMesh& mesh, const Matrix4& world) {
     TransformNormal(normalMatrix, result);
     for (Vertex& vertex : mesh.Vertices) {
         TransformPoint(world, vertex.Position);
-        if (std::memcmp(&vertex.Normal, &former, sizeof former) != 0) {
+        if (BitsOf(vertex.Normal) != BitsOf(former)) {
             former = result = vertex.Normal;
             TransformNormal(normalMatrix, result);
         }

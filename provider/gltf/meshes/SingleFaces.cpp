@@ -152,9 +152,13 @@ uint32_t FindEqual(SingleFace& face, uint32_t vertex) {
     }
 }
 
+std::array<uint32_t, 3> BitsOf(SinglePoint point) {
+    return std::bit_cast<std::array<uint32_t, 3>>(point);
+}
+
 SinglePoint UnitNormal(SingleFace& face, uint32_t vertex) {
     const auto normal = Load<SinglePoint>(face.Vertices.Normals, vertex);
-    if (std::memcmp(&normal, &face.FormerNormal, sizeof normal) != 0) {
+    if (BitsOf(normal) != BitsOf(face.FormerNormal)) {
         Point3 unit = {0.0, 0.0, 1.0};
         MakeUnit(ToModelAxes(UpAxis::Y, ToDouble(normal)), unit);
         face.FormerNormal = normal;
