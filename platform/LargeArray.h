@@ -52,6 +52,18 @@ inline void MarkUsed([[maybe_unused]] const LargeMemory& memory, [[maybe_unused]
 #endif
 }
 
+// The same when the end of the used bytes moves. Takes time with the distance, not with the block.
+inline void MoveEnd([[maybe_unused]] const LargeMemory& memory, [[maybe_unused]] size_t from,
+                    [[maybe_unused]] size_t to) {
+#ifdef ORVANE_SEES_BOUNDS
+    if (to > from) {
+        __asan_unpoison_memory_region(memory.Bytes + from, to - from);
+    } else if (to < from) {
+        __asan_poison_memory_region(memory.Bytes + to, from - to);
+    }
+#endif
+}
+
 // The most scratch memory of one array that is worth keeping for the next use. [Units: bytes]
 constexpr size_t LargestScratch = size_t{1} << 20;
 
@@ -110,8 +122,8 @@ template <class Element> struct LargeArray {
     // New elements are undefined.
     void Resize(size_t count) {
         Reserve(count);
+        MoveEnd(Memory, Count * sizeof(Element), count * sizeof(Element));
         Count = count;
-        MarkUsed(Memory, Count * sizeof(Element));
     }
     // Adds count undefined elements and returns the first.
     Element* Append(size_t count) {
