@@ -6,6 +6,7 @@
 //   ORVANE_FAIL_NEW   "NUMBER only" or "NUMBER from": the requests to refuse; one alone is refused as
 //                     a size that no array can have
 //   ORVANE_COUNT_NEW  output file for the number of requests
+#include <bit>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdint>
@@ -68,7 +69,7 @@ void* mmap(void* address, size_t size, int protection, int flags, int file, off_
         errno = ENOMEM;
         return MAP_FAILED;
     }
-    return reinterpret_cast<void*>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
+    return std::bit_cast<void*>(syscall(SYS_mmap, address, size, protection, flags, file, offset));
 }
 
 void* mremap(void* memory, size_t former, size_t size, int flags, ...) {
@@ -80,7 +81,7 @@ void* mremap(void* memory, size_t former, size_t size, int flags, ...) {
         errno = ENOMEM;
         return MAP_FAILED;
     }
-    return reinterpret_cast<void*>(syscall(SYS_mremap, memory, former, size, flags, target));
+    return std::bit_cast<void*>(syscall(SYS_mremap, memory, former, size, flags, target));
 }
 }
 
