@@ -1,5 +1,5 @@
-# The scene file in Kaitai Struct, from which readers for a dozen languages are made. docs/scene-file.md is the
-# specification, and the texts here are its words. Readers made from this file refuse what is not sound.
+# The scene file in Kaitai Struct, from which readers for nine languages are made. docs/scene-file.md describes the
+# format, and the texts here are its words. Readers made from this file refuse what is not sound.
 meta:
   id: scene_file
   title: Scene file of orvane
